@@ -1,0 +1,43 @@
+// Recursive bisection of the chain into domains, and the record of every cut made.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+struct Residue;
+
+// The five scores of a candidate cut; lower is better where a score is returned with them.
+struct CutScores {
+  float compact1, compact2;  // compactness of the first and of the second part
+  float inter1, inter2;      // interaction of the first and of the second part
+  float interface;           // normalised cross-contact value
+};
+
+constexpr CutScores kRejectedCutScores = {0.0f, 0.0f, 100.0f, 100.0f, 500.0f};
+constexpr float kRejectedScore = 1000000.0f;
+constexpr float kNoContactScore = -1000000.0f;
+constexpr float kWorstAcceptedScore = 999999.0f;
+
+// Record k-1 describes the cut that created domain k.
+struct CutRecord {
+  int32_t newDomain;
+  int32_t parent;
+  int32_t newDomainAgain;
+  float parentCompact;
+  float newCompact;
+  float parentInter;
+  float newInter;
+  float interface;
+};
+
+constexpr int kInitialCutRecords = 15;
+constexpr CutRecord kEmptyCutRecord = {999, 999, 999, 999.0f, 999.0f, 0.0f, 0.0f, 999.0f};
+
+extern int32_t DomainNumber;
+extern std::vector<CutRecord> cut_history;
+
+// qsort comparators on Residue records: by index (chain order) and by part.
+int compare3(const void* a, const void* b);
+int compare2(const void* a, const void* b);
+
+void DomainParition(Residue* slice, int n);

@@ -1,0 +1,34 @@
+// The failure path shared by every subsystem.
+#include "run/fatal.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <vector>
+
+void Fatal(int status, Stream stream, const std::string& text) {
+  throw FatalError{status, stream, text};
+}
+
+std::string Format(const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  va_list again;
+  va_copy(again, args);
+  int length = std::vsnprintf(nullptr, 0, format, args);
+  va_end(args);
+  std::string result;
+  if (length > 0) {
+    std::vector<char> buffer(static_cast<size_t>(length) + 1);
+    std::vsnprintf(buffer.data(), buffer.size(), format, again);
+    result.assign(buffer.data(), static_cast<size_t>(length));
+  }
+  va_end(again);
+  return result;
+}
+
+void EmitFatal(const FatalError& error) {
+  std::FILE* out = error.stream == Stream::kStderr ? stderr : stdout;
+  std::fputs(error.text.c_str(), out);
+  std::fflush(stdout);
+  std::fflush(stderr);
+}
