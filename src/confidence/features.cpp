@@ -105,8 +105,10 @@ void GetProfileData(int domain, ProfileFeatures* out) {
   Fragnum = record.nseg;
   size_t count = std::min(record.segments.size(), static_cast<size_t>(std::max(record.nseg, 0)));
   Domdata.assign(record.segments.begin(), record.segments.begin() + static_cast<long>(count));
-  for (size_t s = 0; s < Domdata.size(); ++s)
-    if (s == 0 || Domdata[s].end > ENDNUM) ENDNUM = Domdata[s].end;
+  // The largest end is a running maximum from the 0 set above, so a domain numbered entirely
+  // below zero is read up to the chain's residue 0.
+  for (const DomainSegment& segment : Domdata)
+    if (segment.end > ENDNUM) ENDNUM = segment.end;
 
   Initialization();
   ProcessPDB();

@@ -170,6 +170,8 @@ int RunQuarnel(int argc, char** argv) {
   } else {
     AssessmentLoop();
   }
-  RunShell(removal);
+  // The DSSP output of this run is removed; a run without DSSP (-noss) has none, and must not
+  // remove a file of that name that it never wrote or read.
+  if (FlagSS == 1) RunShell(removal);
   return 0;
 }
