@@ -175,7 +175,10 @@ void ProcessPDB() {
     std::fclose(file);
     throw;
   }
+  bool unreadable = std::ferror(file) != 0;
   std::fclose(file);
+  if (unreadable)
+    Fatal(kOpenFailed, Stream::kStdout, Format("INPUT %s OPEN ERROR: QUIT\n", PDBName.c_str()));
   if (NumOfAA == 0) Fatal(kNoResidue, Stream::kStdout, kNoResidueMessage);
   SetDistancesFromCentre();
 }

@@ -2,6 +2,8 @@
 // records, then the report (relaxed runs) or the assessment loop.
 #include "run/driver.h"
 
+#include <unistd.h>
+
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
@@ -36,6 +38,27 @@ void RunDSSP(const std::string& dsspFile) {
   std::string quotedOut = ShellQuote(dsspFile);
   RunShell(std::string(dssp) + " " + ShellQuote(TemplateName) + " > " + quotedOut +
            " 2>dssp.log; /bin/chmod  a+rw " + quotedOut);
+}
+
+// The run holds the whole chain's contact matrix and, while the top level is searched, the
+// level's copy of it: two dense n x n matrices. A chain for which they cannot fit in this
+// machine's memory stops here, with the contact matrix's allocation failure, instead of being
+// killed by the system halfway through.
+constexpr double kUsableMemoryShare = 0.75;
+
+void RequireMemoryForContacts(int residues) {
+  long pages = sysconf(_SC_PHYS_PAGES);
+  long pageSize = sysconf(_SC_PAGE_SIZE);
+  if (pages <= 0 || pageSize <= 0) return;
+  double physical = static_cast<double>(pages) * static_cast<double>(pageSize);
+  double needed = 2.0 * static_cast<double>(residues) * static_cast<double>(residues) *
+                  static_cast<double>(sizeof(Contact));
+  if (needed <= kUsableMemoryShare * physical) return;
+  std::fprintf(stderr,
+               "quarnel: %d residues need %.1f GB for their contact matrices; this machine has "
+               "%.1f GB\n",
+               residues, needed / 1e9, physical / 1e9);
+  Fatal(50, Stream::kStdout, "Allocation failed.\n");
 }
 
 bool CanRead(const std::string& path) {
@@ -75,6 +98,7 @@ void CutDomainFirst(std::string& name) {
   else
     CHAIN = static_cast<char>(std::toupper(static_cast<unsigned char>(ChainName)));
 
+  RequireMemoryForContacts(ProteinSize);
   ContactMatrix = ContactMalloc(ProteinSize, ProteinSize);
   ContactMatrixRows = ProteinSize;
   CalcContacts(Protein.data(), ProteinSize, ContactMatrix);

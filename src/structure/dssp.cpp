@@ -131,7 +131,9 @@ void ProcessDSSP(const std::string& path) {
 
   NumberMap map;
   ReadTable(file, map);
+  bool unreadable = std::ferror(file) != 0;
   std::fclose(file);
+  if (unreadable) Fatal(5, Stream::kStdout, Format("INPUT %s OPEN ERROR: QUIT\n", path.c_str()));
 
   for (int i = 0; i < ProteinSize; ++i) {
     Protein[i].bridge1 = TranslatePartner(Protein[i].bridge1, map);

@@ -70,12 +70,16 @@ void CleanChain(std::FILE* pdb) {
   }
   CopyChain(pdb, out);
   std::fclose(out);
+  bool unreadable = std::ferror(pdb) != 0;
   std::fclose(pdb);
+  if (unreadable) Fatal(9, Stream::kStdout, Format("Unable to open %s. QUIT ...\n", PDBName.c_str()));
 }
 
 void CleanModels(std::FILE* pdb) {
   bool multiModel = HasModelRecord(pdb);
+  bool unreadable = std::ferror(pdb) != 0;
   std::fclose(pdb);
+  if (unreadable) Fatal(9, Stream::kStdout, Format("Unable to open %s. QUIT ...\n", PDBName.c_str()));
   if (!multiModel) {
     TemplateName = PDBName;
     return;

@@ -136,7 +136,12 @@ void GetProtein() {
     std::fclose(file);
     throw;
   }
+  // A name that opens but cannot be read (a directory, an I/O error) is as unusable as one
+  // that does not open.
+  bool unreadable = std::ferror(file) != 0;
   std::fclose(file);
+  if (unreadable)
+    Fatal(5, Stream::kStdout, Format("INPUT %s OPEN ERROR: QUIT\n", TemplateName.c_str()));
 
   AttachAtoms(firstAtom);
   ProteinSize = static_cast<int32_t>(Protein.size());
