@@ -34,29 +34,39 @@ FlowArc* PushArc(AdjacencyList& list, int tail, int32_t head, int32_t capacity) 
   return arc;
 }
 
-void GenerateGraph(Contact** sub, int nodes, const AnchorPair* anchors, FlowNode* flowNodes,
-                   AdjacencyList& list) {
+std::vector<WeightedPair> WeightedPairs(Contact** sub, int residues) {
+  std::vector<WeightedPair> pairs;
+  for (int i = 0; i < residues; ++i) {
+    for (int j = i + 1; j < residues; ++j) {
+      if (sub[i][j].weight != 0) pairs.push_back(WeightedPair{i, j, sub[i][j].weight});
+    }
+  }
+  return pairs;
+}
+
+void GenerateGraphFromPairs(const std::vector<WeightedPair>& pairs, int nodes,
+                            const AnchorPair* anchors, FlowNode* flowNodes, AdjacencyList& list) {
   Source = nodes - 2;
   Sink = nodes - 1;
-  int residues = nodes - 2;
   list.arcs.clear();
   list.head.assign(static_cast<size_t>(nodes), nullptr);
   for (int i = 0; i < nodes; ++i) flowNodes[i].id = i;
 
   for (int k = 0; k < NumExtremes; ++k) PushArc(list, Source, anchors[k].source, kAnchorCapacity);
 
-  for (int i = 0; i < residues; ++i) {
-    for (int j = i + 1; j < residues; ++j) {
-      int32_t weight = sub[i][j].weight;
-      if (weight == 0) continue;
-      FlowArc* forward = PushArc(list, i, j, weight);
-      FlowArc* backward = PushArc(list, j, i, weight);
-      forward->reverse = backward;
-      backward->reverse = forward;
-    }
+  for (const WeightedPair& pair : pairs) {
+    FlowArc* forward = PushArc(list, pair.i, pair.j, pair.weight);
+    FlowArc* backward = PushArc(list, pair.j, pair.i, pair.weight);
+    forward->reverse = backward;
+    backward->reverse = forward;
   }
 
   for (int k = 0; k < NumExtremes; ++k) PushArc(list, anchors[k].sink, Sink, kAnchorCapacity);
+}
+
+void GenerateGraph(Contact** sub, int nodes, const AnchorPair* anchors, FlowNode* flowNodes,
+                   AdjacencyList& list) {
+  GenerateGraphFromPairs(WeightedPairs(sub, nodes - 2), nodes, anchors, flowNodes, list);
 }
 
 void EnQueue(Queue& queue, int32_t node) {
@@ -92,12 +102,14 @@ void FindAugmentingPath(FlowNode* flowNodes, AdjacencyList& list, int nodes,
   distance[static_cast<size_t>(Source)] = 0;
   EnQueue(queue, Source);
 
+  // A node's predecessor is fixed when the node is first reached, so the path to the sink is
+  // settled the moment the sink is reached: scanning on to the end of the queue, as the
+  // breadth-first search is defined, could change nothing but the labels of this search. Only
+  // the labels of the last, pathless search are read afterwards, and that search reaches no sink
+  // and scans the whole reachable part. So a search stops as soon as it reaches the sink.
   bool reachedSink = false;
-  while (queue.read != queue.write) {
+  while (queue.read != queue.write && !reachedSink) {
     int32_t u = queue.slots[static_cast<size_t>(queue.read)];
-    // Reaching the sink does not end the search: the whole reachable part is scanned, which
-    // leaves the labels of the final, pathless search marking the source side of the cut.
-    if (u == Sink) reachedSink = true;
     for (FlowArc* arc = list.head[static_cast<size_t>(u)]; arc != nullptr; arc = arc->next) {
       int32_t v = arc->head;
       if (arc->residual >= 1 && flowNodes[v].label == kNotReached) {
@@ -105,8 +117,13 @@ void FindAugmentingPath(FlowNode* flowNodes, AdjacencyList& list, int nodes,
         distance[static_cast<size_t>(v)] = distance[static_cast<size_t>(u)] + 1;
         predecessor[static_cast<size_t>(v)] = u;
         EnQueue(queue, v);
+        if (v == Sink) {
+          reachedSink = true;
+          break;
+        }
       }
     }
+    if (reachedSink) break;
     DeQueue(queue);
     flowNodes[u].label = kScanned;
   }
@@ -123,10 +140,11 @@ void FindAugmentingPath(FlowNode* flowNodes, AdjacencyList& list, int nodes,
     }
     *length = sinkDistance;
     *found = 1;
-  } else {
-    *found = 0;
+    return;
   }
 
+  *found = 0;
+  // A complete search leaves every node either unreached or scanned.
   for (int v = 0; v < nodes; ++v) {
     if (flowNodes[v].label != kNotReached && flowNodes[v].label != kScanned)
       std::printf(" WARNING: ndx=%d, Size=%d\n", v, nodes);

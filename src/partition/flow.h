@@ -49,6 +49,16 @@ struct Queue {
 
 void GenerateGraph(Contact** sub, int nodes, const AnchorPair* anchors, FlowNode* flowNodes,
                    AdjacencyList& list);
+
+// The residue pairs i < j of a level with a non-zero weight, i ascending then j ascending: the
+// order in which their arcs enter the network. A level lists them once for all its samples.
+struct WeightedPair {
+  int32_t i, j;
+  int32_t weight;
+};
+std::vector<WeightedPair> WeightedPairs(Contact** sub, int residues);
+void GenerateGraphFromPairs(const std::vector<WeightedPair>& pairs, int nodes,
+                            const AnchorPair* anchors, FlowNode* flowNodes, AdjacencyList& list);
 int32_t DomainBiPartition(FlowNode* flowNodes, AdjacencyList& list, int nodes);
 void FindAugmentingPath(FlowNode* flowNodes, AdjacencyList& list, int nodes,
                         std::vector<FlowArc*>& path, int* length, int* found);

@@ -238,6 +238,7 @@ int MultiCut(Residue* slice, Contact** sub, int n, int* split, CutScores* scores
     DrawAroundAnchors(sub, n, acrossA, acrossB, samples);
 
   const int nodes = n + 2;
+  const std::vector<WeightedPair> weighted = WeightedPairs(sub, n);
   std::vector<FlowNode> flowNodes(nodes);
   AdjacencyList list;
   std::vector<AnchorPair> anchors(NumExtremes);
@@ -251,7 +252,7 @@ int MultiCut(Residue* slice, Contact** sub, int n, int* split, CutScores* scores
     for (int k = 0; k < NumExtremes; ++k)
       anchors[k] = AnchorPair{nearSource[k].position, nearSink[k].position};
 
-    GenerateGraph(sub, nodes, anchors.data(), flowNodes.data(), list);
+    GenerateGraphFromPairs(weighted, nodes, anchors.data(), flowNodes.data(), list);
     int32_t flow = DomainBiPartition(flowNodes.data(), list, nodes);
 
     if (flow <= kMaxFlowToJudge || MaxNumDom == kDefaultMaxNumDom) {
