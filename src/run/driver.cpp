@@ -23,8 +23,8 @@
 namespace {
 
 // Shell commands carry file names as single quoted words, so that a name with blanks, quotes,
-// ';' or '$(...)' is passed on and never executed. DSSP_PATH is used as the user wrote it: it
-// may carry options of its own.
+// ';' or '$(...)' is passed on and never executed, and a name beginning with '-' is never read
+// as an option. DSSP_PATH is used as the user wrote it: it may carry options of its own.
 void RunShell(const std::string& command) {
   std::fflush(stdout);
   std::fflush(stderr);
@@ -35,8 +35,8 @@ void RunShell(const std::string& command) {
 void RunDSSP(const std::string& dsspFile) {
   const char* dssp = std::getenv("DSSP_PATH");
   if (dssp == nullptr) Fatal(1, Stream::kStdout, "DSSP excutable ($DSSP_PATH) undefined. Quit!\n");
-  std::string quotedOut = ShellQuote(dsspFile);
-  RunShell(std::string(dssp) + " " + ShellQuote(TemplateName) + " > " + quotedOut +
+  std::string quotedOut = ShellFileWord(dsspFile);
+  RunShell(std::string(dssp) + " " + ShellFileWord(TemplateName) + " > " + quotedOut +
            " 2>dssp.log; /bin/chmod  a+rw " + quotedOut);
 }
 
@@ -182,7 +182,7 @@ int RunQuarnel(int argc, char** argv) {
 
   cut_history.assign(kInitialCutRecords, kEmptyCutRecord);
   CutDomainFirst(name);
-  std::string removal = "rm " + ShellQuote(Entry + ".dssp");
+  std::string removal = "rm " + ShellFileWord(Entry + ".dssp");
 
   if (RelaxedRun) {
     if (DomainNumber == 1) {

@@ -61,3 +61,7 @@ std::string ShellQuote(const std::string& word) {
   quoted += "'";
   return quoted;
 }
+
+std::string ShellFileWord(const std::string& path) {
+  return ShellQuote(!path.empty() && path[0] == '-' ? "./" + path : path);
+}

@@ -30,3 +30,7 @@ int TruncToInt(double value);
 
 // A file name put into a shell command is one word, whatever characters it holds.
 std::string ShellQuote(const std::string& word);
+
+// A file name as a quoted shell word that no program takes for an option: a relative name
+// beginning with '-' is written as ./-name, the same file.
+std::string ShellFileWord(const std::string& path);

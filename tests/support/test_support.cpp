@@ -30,7 +30,7 @@ void StartCleanRun() {
 
 std::string DataPath(const std::string& file) {
   const char* data = std::getenv("QUARNEL_DATA");
-  std::string dir = data != nullptr ? data : "tests/data";
+  std::string dir = data != nullptr ? data : QUARNEL_DEFAULT_DATA;
   return dir + "/" + file;
 }
 
@@ -68,13 +68,13 @@ bool FileExists(const std::string& path) {
 
 std::string DsspAdapter() {
   const char* source = std::getenv("QUARNEL_SOURCE");
-  return std::string(source != nullptr ? source : ".") + "/tools/quarnel-dssp";
+  return std::string(source != nullptr ? source : QUARNEL_DEFAULT_SOURCE) + "/tools/quarnel-dssp";
 }
 
 ToolRun RunTool(const std::vector<std::string>& args, const std::string& directory,
                 const std::vector<std::string>& environment) {
   const char* bin = std::getenv("QUARNEL_BIN");
-  std::string tool = bin != nullptr ? bin : "quarnel";
+  std::string tool = bin != nullptr ? bin : QUARNEL_DEFAULT_BIN;
 
   TempDir capture;
   std::string outPath = capture.File("stdout");
