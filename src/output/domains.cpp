@@ -9,6 +9,7 @@
 
 #include "partition/partition.h"
 #include "run/fatal.h"
+#include "run/sort.h"
 #include "structure/pdb_names.h"
 #include "structure/protein.h"
 
@@ -100,7 +101,7 @@ void PrintSegment(const DomainSegment& segment) {
 
 void OutputDomains(const std::string& /*entry*/) {
   if (ProteinSize > 0)
-    std::qsort(Protein.data(), static_cast<size_t>(ProteinSize), sizeof(Residue), CompareByIndex);
+    SortRecords(Protein.data(), static_cast<size_t>(ProteinSize), sizeof(Residue), CompareByIndex);
   if (DomainNumber == 1) return;
 
   std::vector<std::vector<SegmentRun>> runs = CollectRuns();

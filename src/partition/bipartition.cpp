@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "run/sort.h"
 #include "structure/protein.h"
 
 namespace {
@@ -65,7 +66,7 @@ float ListBiPartitions(Residue* slice, FlowNode* flowNodes, int n, DagNode* dag,
     InitializePartition(flowNodes, n + 2, dag, k);
     if (t > 0) AssignPartition(flowNodes, closures[t - 1], size);
 
-    std::qsort(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
+    SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
     for (int i = 0; i < n; ++i) {
       slice[i].part = flowNodes[i].label;
       slice[i].merged = 0;
@@ -73,7 +74,7 @@ float ListBiPartitions(Residue* slice, FlowNode* flowNodes, int n, DagNode* dag,
     MergeSegments(slice, n);
     for (int i = 0; i < n; ++i) codes[t][i] = LabelCode(slice[i]);
 
-    std::qsort(slice, static_cast<size_t>(n), sizeof(Residue), compare2);
+    SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare2);
     int split = FindSplit(slice, n);
     if (split == 0) continue;  // merging left one label: no cut
     score[t] = GoodDomainCut(slice, split, n, &candidateScores[t]);
@@ -93,7 +94,7 @@ float ListBiPartitions(Residue* slice, FlowNode* flowNodes, int n, DagNode* dag,
   }
 
   *scores = candidateScores[winner];
-  std::qsort(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
+  SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
   for (int i = 0; i < n; ++i) RestoreLabel(slice[i], codes[winner][i]);
   return best;
 }

@@ -9,6 +9,7 @@
 #include <new>
 
 #include "run/fatal.h"
+#include "run/sort.h"
 
 namespace {
 
@@ -78,7 +79,7 @@ void CalcSCC(FlowNode* flowNodes, AdjacencyList& list, int nodes) {
 void CreateMapping(FlowNode* flowNodes, int nodes, int* k) {
   Mapping.resize(static_cast<size_t>(nodes));
   for (int v = 0; v < nodes; ++v) Mapping[static_cast<size_t>(v)] = {flowNodes[v].id, flowNodes[v].label};
-  std::qsort(Mapping.data(), Mapping.size(), sizeof(MappingEntry), comparec);
+  SortRecords(Mapping.data(), Mapping.size(), sizeof(MappingEntry), comparec);
 
   // Renumber runs of equal labels 0, 1, 2, ... in sorted order.
   std::vector<int32_t> labels(static_cast<size_t>(nodes));

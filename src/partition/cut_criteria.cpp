@@ -9,6 +9,7 @@
 #include "partition/bipartition.h"
 #include "partition/partition.h"
 #include "run/parameters.h"
+#include "run/sort.h"
 #include "structure/protein.h"
 
 namespace {
@@ -96,11 +97,11 @@ float GoodDomainCut(Residue* slice, int split, int n, CutScores* scores) {
     scores->inter2 = i2;
   }
 
-  std::qsort(slice, static_cast<size_t>(res1), sizeof(Residue), compare3);
-  std::qsort(slice + split, static_cast<size_t>(res2), sizeof(Residue), compare3);
+  SortRecords(slice, static_cast<size_t>(res1), sizeof(Residue), compare3);
+  SortRecords(slice + split, static_cast<size_t>(res2), sizeof(Residue), compare3);
   const int32_t seg1 = CountSegments(slice, res1);
   const int32_t seg2 = CountSegments(slice + split, res2);
-  std::qsort(slice, static_cast<size_t>(n), sizeof(Residue), compare2);
+  SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare2);
   if (F(res1) / F(seg1) < MinSegRes || F(res2) / F(seg2) < MinSegRes) return kRejectedScore;
 
   int32_t betapair = 0;

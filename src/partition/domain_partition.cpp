@@ -8,6 +8,7 @@
 #include "partition/multicut.h"
 #include "partition/partition.h"
 #include "run/parameters.h"
+#include "run/sort.h"
 #include "structure/protein.h"
 
 int compare3(const void* a, const void* b) {
@@ -45,7 +46,7 @@ void RecordCut(int32_t newDomain, int32_t parent, const CutScores& s) {
 }  // namespace
 
 void DomainParition(Residue* slice, int n) {
-  std::qsort(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
+  SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
   if (static_cast<int64_t>(n) < 2 * static_cast<int64_t>(MinDomainSize)) return;
   if (DomainNumber >= MaxNumDom) return;
 

@@ -7,6 +7,7 @@
 #include "partition/bipartition.h"
 #include "partition/partition.h"
 #include "run/parameters.h"
+#include "run/sort.h"
 #include "structure/protein.h"
 
 namespace {
@@ -89,7 +90,7 @@ bool ShortTerminal(const Segment& s, bool atChainEnd) {
 }  // namespace
 
 void MergeSegments(Residue* slice, int n) {
-  std::qsort(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
+  SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
   if (n <= 0) return;
 
   std::vector<Segment> segments = BuildSegments(slice, n);

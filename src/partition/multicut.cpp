@@ -13,6 +13,7 @@
 #include "partition/flow.h"
 #include "run/fatal.h"
 #include "run/parameters.h"
+#include "run/sort.h"
 #include "run/textio.h"
 #include "structure/protein.h"
 
@@ -38,7 +39,7 @@ int RandomPick(int m) { return static_cast<int>(drand48() * m); }
 std::vector<DistanceEntry> SortedByDistance(Contact** sub, int n, int from) {
   std::vector<DistanceEntry> list(n);
   for (int i = 0; i < n; ++i) list[i] = DistanceEntry{i, sub[from][i].dist2};
-  std::qsort(list.data(), list.size(), sizeof(DistanceEntry), compare1);
+  SortRecords(list.data(), list.size(), sizeof(DistanceEntry), compare1);
   return list;
 }
 
@@ -199,7 +200,7 @@ void SelectNewPoints(const Point3f* coords, int n, Point3f a, Point3f b,
     }
   }
   *count = static_cast<int>(pairs.size());
-  std::qsort(pairs.data(), pairs.size(), sizeof(PointPair), comparepair);
+  SortRecords(pairs.data(), pairs.size(), sizeof(PointPair), comparepair);
 }
 
 int MultiCut(Residue* slice, Contact** sub, int n, int* split, CutScores* scores) {
@@ -272,7 +273,7 @@ int MultiCut(Residue* slice, Contact** sub, int n, int* split, CutScores* scores
   if (bestScore >= kRejectedScore || bestScore > kWorstAcceptedScore) return 0;
 
   *scores = bestScores;
-  std::qsort(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
+  SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
   for (int i = 0; i < n; ++i) {
     if (bestLabels[i] > kMergedCode - 1) {
       slice[i].part = bestLabels[i] - kMergedCode;
@@ -282,7 +283,7 @@ int MultiCut(Residue* slice, Contact** sub, int n, int* split, CutScores* scores
       slice[i].merged = 0;
     }
   }
-  std::qsort(slice, static_cast<size_t>(n), sizeof(Residue), compare2);
+  SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare2);
   *split = 0;
   for (int i = 1; i < n; ++i) {
     if (slice[i].part != slice[i - 1].part) {
