@@ -1,0 +1,93 @@
+#!/usr/bin/env bash
+# Shared set-up of scripts/demo.sh and scripts/test.sh: installs what is missing to build, test
+# and run quarnel (Debian/Ubuntu packages), then configures and builds it with CMake.
+# Sourced, it only defines the functions below; run on its own (bash scripts/setup.sh
+# [target...]), it installs and builds the Release configuration in build/ (QUARNEL_BUILD_DIR
+# overrides the folder).
+
+QUARNEL_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+QUARNEL_BUILD_DIR=${QUARNEL_BUILD_DIR:-$QUARNEL_ROOT/build}
+
+setup_say() {
+  printf '== %s\n' "$*"
+}
+
+# The text as one word for /bin/sh, whatever characters it holds.
+shell_quote() {
+  local text=$1 q="'"
+  printf "'%s'" "${text//$q/$q\\$q$q}"
+}
+
+# The Debian packages that provide what is not here yet, one per line.
+missing_packages() {
+  command -v g++ >/dev/null || echo g++
+  command -v make >/dev/null || echo make
+  command -v cmake >/dev/null || echo cmake
+  [[ -e /usr/include/gtest/gtest.h || -e /usr/local/include/gtest/gtest.h ]] || echo libgtest-dev
+  # DSSP is a real dependency: quarnel reads its secondary structure, and the tests run it.
+  command -v mkdssp >/dev/null || command -v dssp >/dev/null || echo dssp
+}
+
+# apt_install <package...>: non-interactive, through sudo when not root; the package lists are
+# refreshed only here, when something is to be installed.
+apt_install() {
+  local -a apt=(apt-get)
+  if ((EUID != 0)); then
+    if command -v sudo >/dev/null; then
+      apt=(sudo DEBIAN_FRONTEND=noninteractive apt-get)
+    else
+      echo "setup: need root or sudo to install: $*" >&2
+      return 1
+    fi
+  fi
+  if ! command -v apt-get >/dev/null; then
+    echo "setup: no apt-get here; install by hand: $*" >&2
+    return 1
+  fi
+  export DEBIAN_FRONTEND=noninteractive
+  "${apt[@]}" update -q
+  "${apt[@]}" install -y -q --no-install-recommends "$@"
+}
+
+install_dependencies() {
+  local -a packages
+  mapfile -t packages < <(missing_packages)
+  if ((${#packages[@]} == 0)); then
+    setup_say "dependencies present"
+    return 0
+  fi
+  setup_say "installing: ${packages[*]}"
+  apt_install "${packages[@]}"
+}
+
+# configure_and_build <build folder> [cmake options...]: configures and builds every target.
+configure_and_build() {
+  local dir=$1
+  shift
+  setup_say "configuring $dir $*"
+  cmake -S "$QUARNEL_ROOT" -B "$dir" "$@"
+  build_targets "$dir"
+}
+
+# build_targets <build folder> [target...]: all targets when none is named.
+build_targets() {
+  local dir=$1
+  shift
+  local -a targets=()
+  (($# == 0)) || targets=(--target "$@")
+  setup_say "building $dir ${*:-(all targets)}"
+  cmake --build "$dir" --parallel "$(nproc 2>/dev/null || echo 2)" "${targets[@]}"
+}
+
+# setup_release_build [target...]: dependencies, then the Release build in QUARNEL_BUILD_DIR.
+setup_release_build() {
+  install_dependencies
+  setup_say "configuring $QUARNEL_BUILD_DIR"
+  cmake -S "$QUARNEL_ROOT" -B "$QUARNEL_BUILD_DIR" -DCMAKE_BUILD_TYPE=Release
+  build_targets "$QUARNEL_BUILD_DIR" "$@"
+}
+
+if [[ ${BASH_SOURCE[0]} == "$0" ]]; then
+  set -euo pipefail
+  setup_release_build "$@"
+fi
