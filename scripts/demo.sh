@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds quarnel and splits one real structure into domains.
-# Usage: bash scripts/demo.sh [file.pdb]   (default: the bundled ribonuclease 1rmd)
+# Usage: bash scripts/demo.sh [file.pdb]   (default: the bundled two-domain structure 2yex)
 set -euo pipefail
 
 # shellcheck source=scripts/setup.sh
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 setup_release_build quarnel
 
-structure=${1:-$QUARNEL_ROOT/tests/data/1rmd.pdb}
+structure=${1:-$QUARNEL_ROOT/tests/data/2yex.pdb}
 [[ -f $structure ]] || { echo "demo: no structure file $structure" >&2; exit 1; }
 structure=$(cd "$(dirname "$structure")" && pwd)/$(basename "$structure")
 
