@@ -2,8 +2,6 @@
 // partition that the confidence assessment would judge (for relaxed runs, the partition that
 // quarnel prints). Comparing it with quarnel's own report tells whether the assessment accepted
 // the partition at once, after merging cuts back, or down to one domain.
-#include <cstdio>
-#include <new>
 #include <string>
 
 #include "output/domains.h"
@@ -12,21 +10,19 @@
 #include "run/fatal.h"
 #include "run/options.h"
 
-int main(int argc, char** argv) {
-  try {
-    std::string name = ParseOptions(argc, argv);
-    cut_history.assign(kInitialCutRecords, kEmptyCutRecord);
-    CutDomainFirst(name);
-    if (DomainNumber == 1)
-      PrintOneDomain();
-    else
-      PrintDomain();
-    return 0;
-  } catch (const FatalError& error) {
-    EmitFatal(error);
-    return error.status;
-  } catch (const std::bad_alloc&) {
-    EmitFatal(FatalError{50, Stream::kStdout, "Allocation failed.\n"});
-    return 50;
-  }
+namespace {
+
+int ProbePartition(int argc, char** argv) {
+  std::string name = ParseOptions(argc, argv);
+  cut_history.assign(kInitialCutRecords, kEmptyCutRecord);
+  CutDomainFirst(name);
+  if (DomainNumber == 1)
+    PrintOneDomain();
+  else
+    PrintDomain();
+  return 0;
 }
+
+}  // namespace
+
+int main(int argc, char** argv) { return RunWithFatalExit(ProbePartition, argc, argv); }

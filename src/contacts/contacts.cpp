@@ -113,13 +113,13 @@ Contact** ContactMalloc(int rows, int cols) {
   size_t rowBytes = (cols > 0 ? static_cast<size_t>(cols) : 0) * sizeof(Contact);
   // At least one byte each, so that an empty matrix or row is never mistaken for a failure.
   Contact** matrix = static_cast<Contact**>(std::malloc(rowCount > 0 ? rowCount * sizeof(Contact*) : 1));
-  if (matrix == nullptr) Fatal(50, Stream::kStdout, "Allocation failed.\n");
+  if (matrix == nullptr) AllocationFailed();
   for (size_t i = 0; i < rowCount; ++i) {
     matrix[i] = static_cast<Contact*>(std::malloc(rowBytes > 0 ? rowBytes : 1));
     if (matrix[i] == nullptr) {
       // Every later step needs every row: the run cannot go on without one.
       FreeContacts(matrix, static_cast<int>(i));
-      Fatal(50, Stream::kStdout, "Allocation failed.\n");
+      AllocationFailed();
     }
   }
   return matrix;

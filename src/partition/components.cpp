@@ -111,14 +111,14 @@ void CreateMapping(FlowNode* flowNodes, int nodes, int* k) {
 
 int32_t** Short2Malloc(int rows, int cols) {
   int32_t** matrix = static_cast<int32_t**>(std::malloc(sizeof(int32_t*) * static_cast<size_t>(rows > 0 ? rows : 1)));
-  if (matrix == nullptr) Fatal(50, Stream::kStdout, "Allocation failed.\n");
+  if (matrix == nullptr) AllocationFailed();
   for (int i = 0; i < rows; ++i) {
     matrix[i] = static_cast<int32_t*>(std::malloc(sizeof(int32_t) * static_cast<size_t>(cols > 0 ? cols : 1)));
     if (matrix[i] == nullptr) {
       // The matrix cannot be used without every row: stop rather than write through it.
       for (int j = 0; j < i; ++j) std::free(matrix[j]);
       std::free(matrix);
-      Fatal(50, Stream::kStdout, "Allocation failed.\n");
+      AllocationFailed();
     }
   }
   return matrix;

@@ -58,7 +58,7 @@ void RequireMemoryForContacts(int residues) {
                "quarnel: %d residues need %.1f GB for their contact matrices; this machine has "
                "%.1f GB\n",
                residues, needed / 1e9, physical / 1e9);
-  Fatal(50, Stream::kStdout, "Allocation failed.\n");
+  AllocationFailed();
 }
 
 bool CanRead(const std::string& path) {
@@ -103,11 +103,7 @@ void CutDomainFirst(std::string& name) {
   ContactMatrixRows = ProteinSize;
   CalcContacts(Protein.data(), ProteinSize, ContactMatrix);
 
-  for (Residue& r : Protein) {
-    r.ss = 'L';
-    r.bridge1 = -1;
-    r.bridge2 = -1;
-  }
+  SetSecondaryStructureDefaults();
 
   if (FlagSS == 1) {
     std::string dsspFile = base + ".dssp";

@@ -3,6 +3,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <new>
 #include <vector>
 
 void Fatal(int status, Stream stream, const std::string& text) {
@@ -24,6 +25,24 @@ std::string Format(const char* format, ...) {
   }
   va_end(again);
   return result;
+}
+
+namespace {
+const char kAllocationFailedText[] = "Allocation failed.\n";
+}
+
+void AllocationFailed() { Fatal(kAllocationFailedStatus, Stream::kStdout, kAllocationFailedText); }
+
+int RunWithFatalExit(int (*body)(int argc, char** argv), int argc, char** argv) {
+  try {
+    return body(argc, argv);
+  } catch (const FatalError& error) {
+    EmitFatal(error);
+    return error.status;
+  } catch (const std::bad_alloc&) {
+    EmitFatal(FatalError{kAllocationFailedStatus, Stream::kStdout, kAllocationFailedText});
+    return kAllocationFailedStatus;
+  }
 }
 
 void EmitFatal(const FatalError& error) {

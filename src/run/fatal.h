@@ -7,6 +7,8 @@
 
 enum class Stream { kStdout, kStderr };
 
+constexpr int kAllocationFailedStatus = 50;
+
 struct FatalError {
   int status;
   Stream stream;
@@ -20,3 +22,10 @@ std::string Format(const char* format, ...) __attribute__((format(printf, 1, 2))
 
 // Prints a failure's text on its stream and flushes both streams.
 void EmitFatal(const FatalError& error);
+
+// Storage the run cannot do without could not be allocated: "Allocation failed.", status 50.
+[[noreturn]] void AllocationFailed();
+
+// Runs a program's body and turns a designed failure into its message and exit status; storage
+// that could not grow ends the run like a failed allocation of the contact matrix.
+int RunWithFatalExit(int (*body)(int argc, char** argv), int argc, char** argv);

@@ -121,6 +121,14 @@ void WeightBridges() {
 
 }  // namespace
 
+void SetSecondaryStructureDefaults() {
+  for (Residue& residue : Protein) {
+    residue.ss = 'L';
+    residue.bridge1 = kNoPartner;
+    residue.bridge2 = kNoPartner;
+  }
+}
+
 void ProcessDSSP(const std::string& path) {
   std::FILE* file = std::fopen(path.c_str(), "r");
   if (file == nullptr) Fatal(5, Stream::kStdout, Format("INPUT %s OPEN ERROR: QUIT\n", path.c_str()));

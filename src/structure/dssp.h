@@ -7,4 +7,8 @@
 constexpr int kStrandWeight = 1000;
 constexpr int kBridgeWeight = 12;
 
+// Every residue in coil with no bridge partner: the state of a run without DSSP, and the one
+// DSSP's table then refines.
+void SetSecondaryStructureDefaults();
+
 void ProcessDSSP(const std::string& path);
