@@ -31,29 +31,29 @@ int comparec(const void* a, const void* b) {
 
 void SCCLabeling(FlowNode* flowNodes, AdjacencyList& list, int v) {
   S[0] += 1;
-  S[static_cast<size_t>(S[0])] = v;
+  S[S[0]] = v;
   btb = S[0];
   flowNodes[v].label = btb;
   B[0] += 1;
-  B[static_cast<size_t>(B[0])] = btb;
+  B[B[0]] = btb;
 
-  for (FlowArc* arc = list.head[static_cast<size_t>(v)]; arc != nullptr; arc = arc->next) {
+  for (FlowArc* arc = list.head[v]; arc != nullptr; arc = arc->next) {
     if (!IsResidual(arc)) continue;
     int32_t w = arc->head;
     if (flowNodes[w].label == kUnvisited) {
       SCCLabeling(flowNodes, list, w);
     } else if (flowNodes[w].label < btb) {
-      while (B[static_cast<size_t>(B[0])] > flowNodes[w].label) B[0] -= 1;
-      btb = B[static_cast<size_t>(B[0])];
+      while (B[B[0]] > flowNodes[w].label) B[0] -= 1;
+      btb = B[B[0]];
     }
   }
 
   if (flowNodes[v].label == btb) {
     B[0] -= 1;
-    btb = B[static_cast<size_t>(B[0])];
+    btb = B[B[0]];
     gc += 1;
     while (S[0] >= flowNodes[v].label) {
-      flowNodes[S[static_cast<size_t>(S[0])]].label = gc;
+      flowNodes[S[S[0]]].label = gc;
       S[0] -= 1;
     }
   }
@@ -78,35 +78,35 @@ void CalcSCC(FlowNode* flowNodes, AdjacencyList& list, int nodes) {
 
 void CreateMapping(FlowNode* flowNodes, int nodes, int* k) {
   Mapping.resize(static_cast<size_t>(nodes));
-  for (int v = 0; v < nodes; ++v) Mapping[static_cast<size_t>(v)] = {flowNodes[v].id, flowNodes[v].label};
+  for (int v = 0; v < nodes; ++v) Mapping[v] = {flowNodes[v].id, flowNodes[v].label};
   SortRecords(Mapping.data(), Mapping.size(), sizeof(MappingEntry), comparec);
 
   // Renumber runs of equal labels 0, 1, 2, ... in sorted order.
   std::vector<int32_t> labels(static_cast<size_t>(nodes));
-  for (int i = 0; i < nodes; ++i) labels[static_cast<size_t>(i)] = Mapping[static_cast<size_t>(i)].label;
+  for (int i = 0; i < nodes; ++i) labels[i] = Mapping[i].label;
   int32_t component = 0;
   for (int i = 0; i < nodes; ++i) {
-    if (i > 0 && labels[static_cast<size_t>(i)] != labels[static_cast<size_t>(i - 1)]) ++component;
-    Mapping[static_cast<size_t>(i)].label = component;
+    if (i > 0 && labels[i] != labels[i - 1]) ++component;
+    Mapping[i].label = component;
   }
   *k = nodes > 0 ? component + 1 : 0;
 
   InverseMapping.assign(static_cast<size_t>(nodes), 0);
   for (const MappingEntry& entry : Mapping)
-    InverseMapping[static_cast<size_t>(entry.node)] = entry.label;
+    InverseMapping[entry.node] = entry.label;
 
   Mapptr.assign(static_cast<size_t>(*k), MappingRange{0, -1});
   if (nodes == 0) return;
   int32_t current = 0;
   Mapptr[0].first = 0;
   for (int i = 1; i < nodes; ++i) {
-    if (Mapping[static_cast<size_t>(i)].label != Mapping[static_cast<size_t>(i - 1)].label) {
-      Mapptr[static_cast<size_t>(current)].last = i - 1;
+    if (Mapping[i].label != Mapping[i - 1].label) {
+      Mapptr[current].last = i - 1;
       ++current;
-      Mapptr[static_cast<size_t>(current)].first = i;
+      Mapptr[current].first = i;
     }
   }
-  Mapptr[static_cast<size_t>(current)].last = nodes - 1;
+  Mapptr[current].last = nodes - 1;
 }
 
 int32_t** Short2Malloc(int rows, int cols) {
@@ -145,12 +145,12 @@ void DagBuilder(FlowNode* /*flowNodes*/, AdjacencyList& list, int /*nodes*/, Dag
   Init2Array(reach, k, k);
   for (int p = 0; p < k; ++p) {
     dag[p].id = p;
-    successors.head[static_cast<size_t>(p)] = nullptr;
-    const MappingRange& range = Mapptr[static_cast<size_t>(p)];
+    successors.head[p] = nullptr;
+    const MappingRange& range = Mapptr[p];
     for (int32_t m = range.first; m <= range.last; ++m) {
-      int32_t node = Mapping[static_cast<size_t>(m)].node;
-      for (FlowArc* arc = list.head[static_cast<size_t>(node)]; arc != nullptr; arc = arc->next) {
-        if (IsResidual(arc)) reach[p][InverseMapping[static_cast<size_t>(arc->head)]] = 1;
+      int32_t node = Mapping[m].node;
+      for (FlowArc* arc = list.head[node]; arc != nullptr; arc = arc->next) {
+        if (IsResidual(arc)) reach[p][InverseMapping[arc->head]] = 1;
       }
     }
     for (int q = 0; q < k; ++q) {
@@ -165,7 +165,7 @@ void DagBuilder(FlowNode* /*flowNodes*/, AdjacencyList& list, int /*nodes*/, Dag
       if (reach[p][q] == 1) transposed[q][p] = 1;
 
   for (int p = 0; p < k; ++p) {
-    predecessors.head[static_cast<size_t>(p)] = nullptr;
+    predecessors.head[p] = nullptr;
     for (int q = 0; q < k; ++q) {
       if (transposed[p][q] == 1) PushArc(predecessors, p, q, 0);
     }

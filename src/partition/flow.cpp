@@ -71,7 +71,7 @@ void GenerateGraph(Contact** sub, int nodes, const AnchorPair* anchors, FlowNode
 
 void EnQueue(Queue& queue, int32_t node) {
   int32_t slots = static_cast<int32_t>(queue.slots.size());
-  queue.slots[static_cast<size_t>(queue.write)] = node;
+  queue.slots[queue.write] = node;
   queue.write = queue.write + 1 == slots ? 0 : queue.write + 1;
   if (queue.read == queue.write + 1)
     Fatal(30, Stream::kStdout, "The queue size (MAXNUMNODES) is too small. Overflow!!\n");
@@ -99,7 +99,7 @@ void FindAugmentingPath(FlowNode* flowNodes, AdjacencyList& list, int nodes,
 
   for (int v = 0; v < nodes; ++v) flowNodes[v].label = kNotReached;
   flowNodes[Source].label = kQueued;
-  distance[static_cast<size_t>(Source)] = 0;
+  distance[Source] = 0;
   EnQueue(queue, Source);
 
   // A node's predecessor is fixed when the node is first reached, so the path to the sink is
@@ -109,13 +109,13 @@ void FindAugmentingPath(FlowNode* flowNodes, AdjacencyList& list, int nodes,
   // and scans the whole reachable part. So a search stops as soon as it reaches the sink.
   bool reachedSink = false;
   while (queue.read != queue.write && !reachedSink) {
-    int32_t u = queue.slots[static_cast<size_t>(queue.read)];
-    for (FlowArc* arc = list.head[static_cast<size_t>(u)]; arc != nullptr; arc = arc->next) {
+    int32_t u = queue.slots[queue.read];
+    for (FlowArc* arc = list.head[u]; arc != nullptr; arc = arc->next) {
       int32_t v = arc->head;
       if (arc->residual >= 1 && flowNodes[v].label == kNotReached) {
         flowNodes[v].label = kQueued;
-        distance[static_cast<size_t>(v)] = distance[static_cast<size_t>(u)] + 1;
-        predecessor[static_cast<size_t>(v)] = u;
+        distance[v] = distance[u] + 1;
+        predecessor[v] = u;
         EnQueue(queue, v);
         if (v == Sink) {
           reachedSink = true;
@@ -129,14 +129,14 @@ void FindAugmentingPath(FlowNode* flowNodes, AdjacencyList& list, int nodes,
   }
 
   if (reachedSink) {
-    int32_t sinkDistance = distance[static_cast<size_t>(Sink)];
+    int32_t sinkDistance = distance[Sink];
     if (path.size() < static_cast<size_t>(sinkDistance)) path.resize(static_cast<size_t>(sinkDistance));
-    for (int32_t v = Sink; v != Source; v = predecessor[static_cast<size_t>(v)]) {
-      int32_t u = predecessor[static_cast<size_t>(v)];
-      FlowArc* arc = list.head[static_cast<size_t>(u)];
+    for (int32_t v = Sink; v != Source; v = predecessor[v]) {
+      int32_t u = predecessor[v];
+      FlowArc* arc = list.head[u];
       while (arc != nullptr && arc->head != v) arc = arc->next;
       if (arc == nullptr) Fatal(10, Stream::kStdout, "Something is wrong. CHECK -2!!!\n");
-      path[static_cast<size_t>(distance[static_cast<size_t>(v)] - 1)] = arc;
+      path[distance[v] - 1] = arc;
     }
     *length = sinkDistance;
     *found = 1;
@@ -162,32 +162,32 @@ int32_t DomainBiPartition(FlowNode* flowNodes, AdjacencyList& list, int nodes) {
 
     int32_t bottleneck = kAnchorCapacity;
     for (int i = 0; i < length; ++i) {
-      if (path[static_cast<size_t>(i)]->residual < bottleneck)
-        bottleneck = path[static_cast<size_t>(i)]->residual;
+      if (path[i]->residual < bottleneck)
+        bottleneck = path[i]->residual;
     }
     total += bottleneck;
     if (bottleneck < 1) Fatal(20, Stream::kStdout, "Something is wrong. CHECK -1!!!\n");
 
-    for (int i = 0; i < length; ++i) path[static_cast<size_t>(i)]->flow += bottleneck;
+    for (int i = 0; i < length; ++i) path[i]->flow += bottleneck;
     // The first arc leaves the source and the last enters the sink: neither has a partner.
     for (int i = 1; i < length - 1; ++i) {
-      FlowArc* arc = path[static_cast<size_t>(i)];
+      FlowArc* arc = path[i];
       arc->reverse->flow = -arc->flow;
     }
     for (int i = 0; i < length; ++i) {
-      FlowArc* arc = path[static_cast<size_t>(i)];
+      FlowArc* arc = path[i];
       arc->residual = SaturatedSum(arc->capacity, -arc->flow);
     }
     for (int i = 1; i < length - 1; ++i) {
-      FlowArc* arc = path[static_cast<size_t>(i)];
+      FlowArc* arc = path[i];
       arc->reverse->residual = SaturatedSum(arc->capacity, arc->flow);
     }
   }
 }
 
-void FreeAdjacencyList(AdjacencyList& list, int nodes) {
-  for (int i = 0; i < nodes && static_cast<size_t>(i) < list.head.size(); ++i)
-    list.head[static_cast<size_t>(i)] = nullptr;
+// The arcs of every list live in the list's own storage: releasing them all at once releases
+// the lists of all `nodes` nodes.
+void FreeAdjacencyList(AdjacencyList& list, int /*nodes*/) {
   list.arcs.clear();
   list.head.clear();
 }
