@@ -49,6 +49,36 @@ apt_install() {
   "${apt[@]}" install -y -q --no-install-recommends "$@"
 }
 
+# The test suite also fuzzes: clang, and its fuzzer and sanitizer runtimes, which Debian packages
+# apart from the compiler (libclang-rt-<version>-dev).
+fuzzer_builds() {
+  local dir status
+  dir=$(mktemp -d "${TMPDIR:-/tmp}/quarnel-fuzzcheck.XXXXXX")
+  printf 'extern "C" int LLVMFuzzerTestOneInput(const unsigned char*, unsigned long) { return 0; }\n' \
+    >"$dir/probe.cpp"
+  status=0
+  clang++ -fsanitize=fuzzer,address,undefined "$dir/probe.cpp" -o "$dir/probe" >/dev/null 2>&1 ||
+    status=1
+  rm -rf -- "$dir"
+  return "$status"
+}
+
+install_fuzzing_dependencies() {
+  if ! command -v clang++ >/dev/null; then
+    setup_say "installing: clang"
+    apt_install clang
+  fi
+  fuzzer_builds && return 0
+  local major
+  major=$(clang++ --version | sed -n 's/.*clang version \([0-9][0-9]*\)\..*/\1/p' | head -n 1)
+  setup_say "installing: libclang-rt-$major-dev"
+  apt_install "libclang-rt-$major-dev"
+  fuzzer_builds || {
+    echo "setup: clang cannot build libFuzzer targets here" >&2
+    return 1
+  }
+}
+
 install_dependencies() {
   local -a packages
   mapfile -t packages < <(missing_packages)

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds quarnel and runs the whole test suite: first the Release
-# build, then the same suite under AddressSanitizer and UndefinedBehaviorSanitizer.
+# build, then the same suite under AddressSanitizer and UndefinedBehaviorSanitizer, then each
+# fuzz target for a bounded time.
 # Fails (non-zero) as soon as one step fails.
 # QUARNEL_BUILD_DIR and QUARNEL_ASAN_BUILD_DIR override the build folders (build/, build-asan/);
 # QUARNEL_SANITIZER_SUITE=0 skips the sanitizer build.
@@ -28,6 +29,13 @@ if [[ ${QUARNEL_SANITIZER_SUITE:-1} != 0 ]]; then
   ASAN_OPTIONS=${ASAN_OPTIONS:-detect_stack_use_after_return=1} \
     UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1} \
     run_suite "$QUARNEL_ASAN_BUILD_DIR"
+fi
+
+# 3. Fuzz targets, each for a bounded time (QUARNEL_FUZZ_SECONDS, default 45; 0 skips them). The
+# long run is: bash scripts/fuzz.sh 600
+if [[ ${QUARNEL_FUZZ_SECONDS:-45} != 0 ]]; then
+  install_fuzzing_dependencies
+  bash "$QUARNEL_ROOT/scripts/fuzz.sh" "${QUARNEL_FUZZ_SECONDS:-45}"
 fi
 
 setup_say "all tests passed"

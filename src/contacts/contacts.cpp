@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <vector>
 
 #include "run/fatal.h"
@@ -80,6 +81,13 @@ bool Apart(const Sphere& a, const Sphere& b) {
   return dx * dx + dy * dy + dz * dz > reach * reach;
 }
 
+// One more contact. A huge -bw saturates the weight at the largest int32 (TruncToInt), and
+// two residues of tens of thousands of atoms each (a file whose residue numbers never change)
+// can exceed it in count: both stay there instead of wrapping around to negative values.
+void AddOne(int32_t& value) {
+  if (value < std::numeric_limits<int32_t>::max()) ++value;
+}
+
 // Every atom of one residue against every atom of the other, in stored order. A backbone pair
 // adds BBWeight truncated toward zero at each addition, so a fractional weight loses its
 // fraction every time.
@@ -92,11 +100,11 @@ void AtomContacts(const Residue& a, const Residue& b, int32_t& weight, int32_t& 
       const Atom& q = b.atoms[j];
       // Written as "at most 4 A": a malformed coordinate (NaN) then makes no contact.
       if (!(Distance2(p.x, p.y, p.z, q.x, q.y, q.z) <= kContactDistance2)) continue;
-      ++count;
+      AddOne(count);
       if (p.backbone == 1 && q.backbone == 1)
         weight = TruncToInt(static_cast<float>(weight) + BBWeight);
       else
-        ++weight;
+        AddOne(weight);
     }
   }
 }

@@ -89,6 +89,23 @@ void AttachAtoms(const std::vector<size_t>& firstAtom) {
   }
 }
 
+// Structures often arrive gzip-compressed or as mmCIF. Read by PDB columns, the first holds no
+// ATOM record and the second's atom_site rows, which also begin with "ATOM", give nonsense
+// residues: either would make a report that looks real. Such a file is refused as unreadable,
+// with a line saying why.
+[[noreturn]] void RefuseFormat(const char* format) {
+  std::fprintf(stderr, "quarnel: %s is %s; quarnel reads PDB-format files\n",
+               TemplateName.c_str(), format);
+  Fatal(5, Stream::kStdout, Format("INPUT %s OPEN ERROR: QUIT\n", TemplateName.c_str()));
+}
+
+bool IsGzip(std::FILE* file) {
+  int first = std::fgetc(file);
+  int second = std::fgetc(file);
+  std::rewind(file);
+  return first == 0x1f && second == 0x8b;
+}
+
 }  // namespace
 
 void GetProtein() {
@@ -105,7 +122,10 @@ void GetProtein() {
 
   std::string line;
   try {
+    if (IsGzip(file)) RefuseFormat("gzip-compressed");
     while (ReadLine(file, line)) {
+      // An mmCIF file opens with its data block, before any ATOM record.
+      if (Protein.empty() && StartsWith(line, "data_")) RefuseFormat("an mmCIF file");
       if (StartsWith(line, "END")) break;  // END, or ENDMDL: only the first model is read
       if (StartsWith(line, "TER")) continue;
       if (!StartsWith(line, "ATOM  ")) continue;  // HETATM residues (e.g. MSE) stay out
