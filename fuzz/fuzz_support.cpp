@@ -62,6 +62,15 @@ void FuzzFailure(const char* what) {
   std::abort();
 }
 
+bool IsRefusedFormat(const std::string& text) {
+  if (text.size() >= 2 && static_cast<unsigned char>(text[0]) == 0x1f &&
+      static_cast<unsigned char>(text[1]) == 0x8b)
+    return true;
+  // Any line beginning with "data_" is reason enough here: the check only has to admit the
+  // refusal, and the reader tests pin down exactly when it happens.
+  return text.compare(0, 5, "data_") == 0 || text.find("\ndata_") != std::string::npos;
+}
+
 void RequireDesignedStatus(const FatalError& error, std::initializer_list<int> statuses) {
   for (int status : statuses)
     if (error.status == status) return;

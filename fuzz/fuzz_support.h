@@ -28,6 +28,10 @@ inline void Require(bool condition, const char* what) {
 // A failure is acceptable only when it is one of the designed ones of the code under test.
 void RequireDesignedStatus(const FatalError& error, std::initializer_list<int> statuses);
 
+// Whether the reader refuses these bytes as another format than PDB: gzip-compressed, or an mmCIF
+// data block before the first residue.
+bool IsRefusedFormat(const std::string& text);
+
 // The structure's checks every reader caller relies on: positions equal indices, every residue
 // owns at least one atom of the pool, the pool holds exactly the residues' atoms.
 void RequireConsistentProtein();

@@ -36,8 +36,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             "the sufficiency check lets no thin structure through");
     if (ProteinSize <= kLargestChainForContacts) BuildContacts();
   } catch (const FatalError& error) {
-    // The file is readable: only the sufficiency check (100) may stop it.
-    RequireDesignedStatus(error, {100});
+    // The file is readable: only the sufficiency check (100) may stop it, or the refusal of a
+    // file in another format (5).
+    if (IsRefusedFormat(std::string(reinterpret_cast<const char*>(data), size)))
+      RequireDesignedStatus(error, {5, 100});
+    else
+      RequireDesignedStatus(error, {100});
   }
   return 0;
 }
