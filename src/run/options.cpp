@@ -27,6 +27,8 @@ void RequireValues(int argc, char** argv, int i, int count) {
   }
 }
 
+}  // namespace
+
 void ApplyRelaxedMode() {
   RelaxedRun = MaxNumDom != kDefaultMaxNumDom;
   if (!RelaxedRun) return;
@@ -38,8 +40,6 @@ void ApplyRelaxedMode() {
   MaxBetaPass = 3000;
   MinDomainSize = 0;
 }
-
-}  // namespace
 
 std::string ParseOptions(int argc, char** argv) {
   SetDefaultParameters();

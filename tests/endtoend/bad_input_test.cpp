@@ -162,33 +162,6 @@ std::vector<ResidueLabel> Labels(const SyntheticChain& chain) {
   return labels;
 }
 
-// The report of a partition given as a domain per position: each domain's runs of positions in
-// chain order, each run written with the lower residue number first.
-std::string LowerFirstReport(const std::string& entry, const std::vector<int>& domainOf,
-                             const std::vector<ResidueLabel>& labels) {
-  int domains = 0;
-  for (int d : domainOf) domains = std::max(domains, d + 1);
-  std::string line = entry + "\t" + std::to_string(labels.size()) + "\t" + std::to_string(domains);
-  if (domains == 1) return line + "\n";
-  line += "\t";
-  for (int d = 0; d < domains; ++d) {
-    line += " (";
-    bool first = true;
-    for (size_t p = 0; p < domainOf.size(); ++p) {
-      if (domainOf[p] != d || (p > 0 && domainOf[p - 1] == d)) continue;
-      size_t q = p;
-      while (q + 1 < domainOf.size() && domainOf[q + 1] == d) ++q;
-      ResidueLabel low = labels[p], high = labels[q];
-      if (!(low.number < high.number)) std::swap(low, high);
-      if (!first) line += ";";
-      first = false;
-      line += LabelText(low.number, low.icode) + "-" + LabelText(high.number, high.icode);
-    }
-    line += ")";
-  }
-  return line + "\n";
-}
-
 std::string OneDomainLine(const std::string& entry, int residues) {
   return entry + "\t" + std::to_string(residues) + "\t1\n";
 }
@@ -441,7 +414,7 @@ TEST_F(BadInput, OddNumberingIsCutLikeTheSameChainNumberedInOrder) {
     SCOPED_TRACE(name);
     Write(name + ".pdb", PdbText(chain));
     EXPECT_EQ(Line(Run({"-noss", "-md", "3", name + ".pdb"})),
-              LowerFirstReport(name, domainOf, Labels(chain)));
+              ExpectedReport(name, domainOf, Labels(chain)));
   }
 }
 

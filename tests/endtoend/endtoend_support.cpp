@@ -256,10 +256,12 @@ std::string ExpectedReport(const std::string& entry, const std::vector<int>& dom
       if (domainOf[p] != d || (p > 0 && domainOf[p - 1] == d)) continue;
       size_t q = p;
       while (q + 1 < domainOf.size() && domainOf[q + 1] == d) ++q;
+      // A segment is written with its lower residue number first, whatever the order in the file.
+      ResidueLabel low = labels[p], high = labels[q];
+      if (!(low.number < high.number)) std::swap(low, high);
       if (!first) line += ";";
       first = false;
-      line += LabelText(labels[p].number, labels[p].icode) + "-" +
-              LabelText(labels[q].number, labels[q].icode);
+      line += LabelText(low.number, low.icode) + "-" + LabelText(high.number, high.icode);
     }
     line += ")";
   }

@@ -9,6 +9,7 @@
 #include "contacts/contacts.h"
 #include "partition/multicut.h"
 #include "partition/partition.h"
+#include "run/options.h"
 #include "run/parameters.h"
 #include "structure/dssp.h"
 #include "structure/pdb_names.h"
@@ -102,13 +103,7 @@ TEST(RealStructureSearch, TheSameChainIsPartitionedTheSameWayTwice) {
 TEST(RealStructureSearch, DomainsAreNumberedInTheOrderOfTheirCuts) {
   LoadChain("2efj.pdb");
   MaxNumDom = 3;  // relaxed, so that the chain is cut twice
-  MinGlobularity = 0.0f;
-  MaxInteraction = 3000.0f;
-  MaxTime = 3000.0f;
-  MinSegRes = 0.0f;
-  MaxBetaPair = 3000;
-  MaxBetaPass = 3000;
-  MinDomainSize = 0;
+  ApplyRelaxedMode();
   DomainParition(Protein.data(), ProteinSize);
   ASSERT_EQ(DomainNumber, 3);
 
@@ -137,13 +132,7 @@ TEST(RealStructureSearch, DomainsAreNumberedInTheOrderOfTheirCuts) {
 TEST(RealStructureSearch, AtMostTwoDomainsMakesExactlyOneCut) {
   LoadChain("2efj.pdb");
   MaxNumDom = 2;
-  MinGlobularity = 0.0f;
-  MaxInteraction = 3000.0f;
-  MaxTime = 3000.0f;
-  MinSegRes = 0.0f;
-  MaxBetaPair = 3000;
-  MaxBetaPass = 3000;
-  MinDomainSize = 0;
+  ApplyRelaxedMode();
   DomainParition(Protein.data(), ProteinSize);
   EXPECT_EQ(DomainNumber, 2);
   EXPECT_EQ(cut_history[1].newDomain, kEmptyCutRecord.newDomain);
