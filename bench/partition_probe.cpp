@@ -1,28 +1,32 @@
-// Benchmark probe: runs a quarnel command line up to the domain records and prints the
-// partition that the confidence assessment would judge (for relaxed runs, the partition that
-// quarnel prints). Comparing it with quarnel's own report tells whether the assessment accepted
-// the partition at once, after merging cuts back, or down to one domain.
-#include <string>
+// Benchmark probe: runs a quarnel command line and prints the partition as found, before the
+// confidence assessment judged it. Comparing it with quarnel's own report tells whether the
+// assessment accepted the partition at once, after merging cuts back, or down to one domain.
+#include <cstdio>
 
-#include "output/domains.h"
-#include "partition/partition.h"
-#include "run/driver.h"
-#include "run/fatal.h"
-#include "run/options.h"
+#include "cli/inputs.h"
+#include "cli/options.h"
+#include "cli/shell_dssp.h"
+#include "run/chain.h"
 
-namespace {
-
-int ProbePartition(int argc, char** argv) {
-  std::string name = ParseOptions(argc, argv);
-  cut_history.assign(kInitialCutRecords, kEmptyCutRecord);
-  CutDomainFirst(name);
-  if (DomainNumber == 1)
-    PrintOneDomain();
-  else
-    PrintDomain();
-  return 0;
+int main(int argc, char** argv) {
+  using namespace quarnel;
+  try {
+    const CommandLine line = ParseOptions(argc, argv);
+    const ResolvedInput input = ResolveInput(line);
+    const FileSource lines(input.templateName);
+    ShellDssp dssp(input.templateName, input.base + ".dssp", !input.namedFile);
+    RunContext context;
+    const ChainResult result =
+        RunChain(ChainInput{&lines, input.entry, input.chain, input.pdbName}, line.params, &dssp,
+                 context);
+    const std::string report = result.found.empty()
+                                   ? FormatOneDomain(input.entry, result.structure.size())
+                                   : FormatReport(input.entry, result.structure.size(), result.found);
+    std::fputs(report.c_str(), stdout);
+    if (line.params.FlagSS == 1) RunShell("rm " + ShellFileWord(input.entry + ".dssp"));
+    return 0;
+  } catch (const Failure& failure) {
+    std::fputs(failure.what(), failure.stream() == Stream::kStderr ? stderr : stdout);
+    return failure.exit_status();
+  }
 }
-
-}  // namespace
-
-int main(int argc, char** argv) { return RunWithFatalExit(ProbePartition, argc, argv); }

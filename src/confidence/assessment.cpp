@@ -1,11 +1,8 @@
 // The verdict on a partition: each domain's features are screened by a fixed rule and scored
-// by the network; the partition is printed or handed back to be merged.
+// by the network; the partition stands or is handed back to be merged.
 #include "confidence/assessment.h"
 
-#include "confidence/features.h"
-#include "confidence/testing.h"
-#include "output/domains.h"
-#include "partition/partition.h"
+namespace quarnel {
 
 namespace {
 
@@ -33,10 +30,9 @@ constexpr double kLooseContact = 0.2;
 constexpr double kTightCompact = 0.52;
 constexpr double kTightContact = 0.05;
 
-void FeatureVector(int domain, float vector[kNetworkInputs]) {
-  ProfileFeatures profile;
-  GetProfileData(domain, &profile);
-  const DomainDetail& record = domdetail[static_cast<size_t>(domain)];
+void FeatureVector(const ProfileSource& source, const DomainDetail& record,
+                   std::vector<Message>& messages, float vector[kNetworkInputs]) {
+  const ProfileFeatures profile = GetProfileData(source, record, messages);
   vector[0] = profile.radiusRatio;
   vector[1] = static_cast<float>(profile.NumOfAA);
   vector[2] = static_cast<float>(profile.Fragnum);
@@ -50,35 +46,29 @@ void FeatureVector(int domain, float vector[kNetworkInputs]) {
 
 }  // namespace
 
-int Analyze() {
-  if (DomainNumber == 1) {
-    PrintOneDomain();
-    return 0;
-  }
-
+Assessment Analyze(const ProfileSource& source, std::vector<DomainDetail>& records,
+                   std::vector<Message>& messages) {
+  Assessment assessment;
   int flagged = 0;
   int low = 0;
-  for (int i = 0; i < DomainNumber; ++i) {
+  for (DomainDetail& record : records) {
     float vector[kNetworkInputs];
-    FeatureVector(i, vector);
+    FeatureVector(source, record, messages, vector);
     if (BeforeNN(vector) == 1) ++flagged;
     float score[1];
     testing(vector, score);
-    domdetail[static_cast<size_t>(i)].confidence = calconf(score[0]);
+    assessment.scores.push_back(score[0]);
+    record.confidence = calconf(score[0]);
     if (static_cast<double>(score[0]) <= kLowScore) ++low;
   }
 
   if (flagged == 0) {
-    for (int i = 0; i < DomainNumber; ++i)
-      domdetail[static_cast<size_t>(i)].confidence = calconf(kClearedScore);
-    PrintDomain();
-    return 0;
+    for (DomainDetail& record : records) record.confidence = calconf(kClearedScore);
+    assessment.accepted = true;
+  } else {
+    assessment.accepted = low == 0;
   }
-  if (low == 0) {
-    PrintDomain();
-    return 0;
-  }
-  return DomainNumber;
+  return assessment;
 }
 
 int BeforeNN(const float features[9]) {
@@ -97,3 +87,5 @@ float calconf(float score) {
     if (!(s > step.upper)) return step.confidence;
   return kTopConfidence;
 }
+
+}  // namespace quarnel

@@ -1,7 +1,28 @@
-// The verdict on a partition: features, screening rule, network score, confidence.
+// The verdict on a partition: each domain's features are screened by a fixed rule and scored
+// by the network; the partition stands or is handed back to be merged.
 #pragma once
 
-// 0 when the partition stands and has been printed; DomainNumber when it is rejected.
-int Analyze();
-int BeforeNN(const float features[9]);
+#include <vector>
+
+#include "confidence/features.h"
+#include "confidence/testing.h"
+#include "output/domains.h"
+
+namespace quarnel {
+
+struct Assessment {
+  bool accepted = false;
+  std::vector<float> scores;  // the network's score of each domain, in record order
+};
+
+// Judges a partition of two domains or more and stores each record's confidence.
+Assessment Analyze(const ProfileSource& source, std::vector<DomainDetail>& records,
+                   std::vector<Message>& messages);
+
+// 0 when the domain is cleared by its cut scores alone, 1 when the network must judge it.
+int BeforeNN(const float features[kNetworkInputs]);
+
+// The confidence percentage of a network score.
 float calconf(float score);
+
+}  // namespace quarnel

@@ -5,14 +5,11 @@
 #include <algorithm>
 #include <cmath>
 
-#include "confidence/profile.h"
-#include "output/domains.h"
-#include "structure/protein.h"
+namespace quarnel {
 
 namespace {
 
 constexpr char kUnknownCode = 'X';
-constexpr int32_t kResetResnum = -999;
 
 // The far-residue threshold grows with the logarithm of the domain's size.
 constexpr double kFarSlope = 12.35;
@@ -31,22 +28,15 @@ constexpr double kSmallMoment = 5.0;
 
 bool Known(const ProfileResidue& r) { return r.code != kUnknownCode; }
 
-ProfileResidue ResetRecord() {
-  ProfileResidue blank{};
-  blank.code = ' ';
-  blank.resnum = kResetResnum;
-  return blank;
-}
-
-int32_t CountKnown() {
+int32_t CountKnown(const Profile& profile) {
   int32_t count = 0;
-  for (int i = 1; i <= NumOfAA; ++i)
-    if (Known(residue[static_cast<size_t>(i)])) ++count;
+  for (int i = 1; i <= profile.NumOfAA; ++i)
+    if (Known(profile.residue[static_cast<size_t>(i)])) ++count;
   return count;
 }
 
 // True when the `depth` table rows ending at `index` all have a second moment below 5.0.
-bool SmallMomentsUpTo(int index, int depth) {
+bool SmallMomentsUpTo(const std::vector<TabRow>& Tabdata, int index, int depth) {
   if (index - depth + 1 < 0) return false;
   for (int k = index - depth + 1; k <= index; ++k)
     if (!(Tabdata[static_cast<size_t>(k)].moment2 < kSmallMoment)) return false;
@@ -85,111 +75,100 @@ void ScanRow(MomentScan& scan, const TabRow& row, int index) {
 
 // The first negative radius, moved on when only a short run of weak positive rows separates
 // it from the second one.
-int32_t AdjustedFirstRadius(const MomentScan& scan) {
+int32_t AdjustedFirstRadius(const std::vector<TabRow>& Tabdata, const MomentScan& scan) {
   int32_t gap = scan.second - scan.first;
   if (scan.positiveRows > 3) return scan.first;
   if (gap == 2 && scan.positiveRows == 1) return scan.first + 1;
-  if (gap == 3 && scan.positiveRows == 2 && SmallMomentsUpTo(scan.rememberedRow, 2))
+  if (gap == 3 && scan.positiveRows == 2 && SmallMomentsUpTo(Tabdata, scan.rememberedRow, 2))
     return scan.first + 2;
-  if (gap == 4 && scan.positiveRows == 3 && SmallMomentsUpTo(scan.rememberedRow, 3))
+  if (gap == 4 && scan.positiveRows == 3 && SmallMomentsUpTo(Tabdata, scan.rememberedRow, 3))
     return scan.first + 2;
   return scan.first;
 }
 
 }  // namespace
 
-void GetProfileData(int domain, ProfileFeatures* out) {
-  NumOfAA = 0;
-  ENDNUM = 0;
-  const DomainDetail& record = domdetail[static_cast<size_t>(domain)];
-  Fragnum = record.nseg;
-  size_t count = std::min(record.segments.size(), static_cast<size_t>(std::max(record.nseg, 0)));
-  Domdata.assign(record.segments.begin(), record.segments.begin() + static_cast<long>(count));
-  // The largest end is a running maximum from the 0 set above, so a domain numbered entirely
-  // below zero is read up to the chain's residue 0.
+ProfileFeatures GetProfileData(const ProfileSource& source, const DomainDetail& record,
+                               std::vector<Message>& messages) {
+  const size_t count = std::min(record.segments.size(), static_cast<size_t>(std::max(record.nseg, 0)));
+  const std::vector<DomainSegment> Domdata(record.segments.begin(),
+                                           record.segments.begin() + static_cast<long>(count));
+  // The largest end is a running maximum from 0, so a domain numbered entirely below zero is
+  // read up to the chain's residue 0.
+  int32_t ENDNUM = 0;
   for (const DomainSegment& segment : Domdata)
     if (segment.end > ENDNUM) ENDNUM = segment.end;
 
-  Initialization();
-  ProcessPDB();
-  TotalHydro();
-  NormalizeH();
-  NormalizeD();
-  CalculateH();
-  Processtab(out);
-
-  std::vector<DomainSegment>().swap(Domdata);
+  const Profile profile = ProcessPDB(source, Domdata, ENDNUM, messages);
+  HydroStats stats;
+  TotalHydro(profile, stats);
+  NormalizeH(profile, stats);
+  NormalizeD(profile, stats);
+  const std::vector<TabRow> Tabdata = CalculateH(profile, stats);
+  return Processtab(Tabdata, profile.NumOfAA, record.nseg, stats.OUTcount);
 }
 
-void Initialization() {
-  residue.assign(static_cast<size_t>(std::max(ProteinSize, 0)) + 1, ResetRecord());
-  Totalh = 0.0;
-}
-
-void TotalHydro() {
-  for (int i = 1; i <= NumOfAA; ++i) {
-    const ProfileResidue& r = residue[static_cast<size_t>(i)];
-    if (Known(r)) Totalh += r.hydro;
+void TotalHydro(const Profile& profile, HydroStats& stats) {
+  stats.Totalh = 0.0;
+  for (int i = 1; i <= profile.NumOfAA; ++i) {
+    const ProfileResidue& r = profile.residue[static_cast<size_t>(i)];
+    if (Known(r)) stats.Totalh += r.hydro;
   }
-  int32_t count = CountKnown();
-  Avgh = count > 0 ? Totalh / count : 0.0;
+  int32_t count = CountKnown(profile);
+  stats.Avgh = count > 0 ? stats.Totalh / count : 0.0;
 }
 
-void NormalizeH() {
+void NormalizeH(const Profile& profile, HydroStats& stats) {
   double squares = 0.0;
-  for (int i = 1; i <= NumOfAA; ++i) {
-    const ProfileResidue& r = residue[static_cast<size_t>(i)];
-    if (Known(r)) squares += (r.hydro - Avgh) * (r.hydro - Avgh);
+  for (int i = 1; i <= profile.NumOfAA; ++i) {
+    const ProfileResidue& r = profile.residue[static_cast<size_t>(i)];
+    if (Known(r)) squares += (r.hydro - stats.Avgh) * (r.hydro - stats.Avgh);
   }
-  int32_t count = CountKnown();
-  NormH = count > 0 ? std::sqrt(squares / count) : 0.0;
+  int32_t count = CountKnown(profile);
+  stats.NormH = count > 0 ? std::sqrt(squares / count) : 0.0;
 }
 
-void NormalizeD() {
+void NormalizeD(const Profile& profile, HydroStats& stats) {
   // A distance threshold, held in single precision like the tool's other distances.
   const float threshold =
-      static_cast<float>(kFarSlope * std::log(static_cast<double>(NumOfAA)) - kFarOffset);
-  OUTcount = 0;
+      static_cast<float>(kFarSlope * std::log(static_cast<double>(profile.NumOfAA)) - kFarOffset);
+  stats.OUTcount = 0;
   double largest = 0.0;
-  for (int i = 1; i <= NumOfAA; ++i) {
-    const ProfileResidue& r = residue[static_cast<size_t>(i)];
-    if (r.dist > threshold) ++OUTcount;
+  for (int i = 1; i <= profile.NumOfAA; ++i) {
+    const ProfileResidue& r = profile.residue[static_cast<size_t>(i)];
+    if (r.dist > threshold) ++stats.OUTcount;
     if (Known(r) && r.dist > largest) largest = r.dist;
   }
-  Maxd = largest + 1.0;
+  stats.Maxd = largest + 1.0;
 }
 
-void CalculateH() {
-  Tabdata.clear();
+std::vector<TabRow> CalculateH(const Profile& profile, const HydroStats& stats) {
+  std::vector<TabRow> Tabdata;
   // Residues of equal hydrophobicity leave nothing to normalise by; malformed coordinates can
   // put Maxd out of reach. Both give an empty table.
-  if (NormH > 0.0 && Maxd <= kMaxTableRadius) {
-    for (int32_t r = kFirstRadius; r <= Maxd; ++r) {
-      int32_t n = 0;
-      double s0 = 0.0;
-      double s2 = 0.0;
-      for (int i = 1; i <= NumOfAA; ++i) {
-        const ProfileResidue& res = residue[static_cast<size_t>(i)];
-        if (!Known(res) || !(res.dist <= r)) continue;
-        double deviation = res.hydro - Avgh;
-        ++n;
-        s0 += deviation;
-        s2 += deviation * (res.dist * res.dist);
-      }
-      if (n >= kMinRowCount) Tabdata.push_back(TabRow{r, n, s0 / (n * NormH), s2 / (n * NormH)});
+  if (!(stats.NormH > 0.0 && stats.Maxd <= kMaxTableRadius)) return Tabdata;
+  for (int32_t r = kFirstRadius; r <= stats.Maxd; ++r) {
+    int32_t n = 0;
+    double s0 = 0.0;
+    double s2 = 0.0;
+    for (int i = 1; i <= profile.NumOfAA; ++i) {
+      const ProfileResidue& res = profile.residue[static_cast<size_t>(i)];
+      if (!Known(res) || !(res.dist <= r)) continue;
+      double deviation = res.hydro - stats.Avgh;
+      ++n;
+      s0 += deviation;
+      s2 += deviation * (res.dist * res.dist);
     }
+    if (n >= kMinRowCount)
+      Tabdata.push_back(TabRow{r, n, s0 / (n * stats.NormH), s2 / (n * stats.NormH)});
   }
-  Totaldnum = static_cast<int32_t>(Tabdata.size());
+  return Tabdata;
 }
 
-void Processtab(ProfileFeatures* out) {
-  out->radiusRatio = 0.0f;
-  out->NumOfAA = NumOfAA;
-  out->Fragnum = Fragnum;
-  out->positiveRows = 0;
-  out->OUTcount = OUTcount;
-  out->crossings = 0;
-  if (Tabdata.empty()) return;
+ProfileFeatures Processtab(const std::vector<TabRow>& Tabdata, int32_t NumOfAA, int32_t Fragnum,
+                           int32_t OUTcount) {
+  ProfileFeatures out{0.0f, NumOfAA, Fragnum, 0, OUTcount, 0};
+  if (Tabdata.empty()) return out;
 
   MomentScan scan;
   scan.lastBalanced = Tabdata.back().radius;
@@ -199,9 +178,11 @@ void Processtab(ProfileFeatures* out) {
     ScanRow(scan, row, static_cast<int>(i));
   }
 
-  out->radiusRatio = static_cast<float>(static_cast<double>(AdjustedFirstRadius(scan)) /
-                                        static_cast<double>(scan.lastBalanced));
-  out->positiveRows = scan.positiveRows;
-  out->crossings = scan.crossings;
-  std::vector<TabRow>().swap(Tabdata);
+  out.radiusRatio = static_cast<float>(static_cast<double>(AdjustedFirstRadius(Tabdata, scan)) /
+                                       static_cast<double>(scan.lastBalanced));
+  out.positiveRows = scan.positiveRows;
+  out.crossings = scan.crossings;
+  return out;
 }
+
+}  // namespace quarnel

@@ -4,6 +4,11 @@
 #include <cstdint>
 #include <vector>
 
+#include "confidence/profile.h"
+#include "output/domains.h"
+
+namespace quarnel {
+
 struct TabRow {
   int32_t radius;
   int32_t count;
@@ -20,18 +25,24 @@ struct ProfileFeatures {
   int32_t crossings;
 };
 
-extern double Totalh;
-extern double Avgh;
-extern double NormH;
-extern int32_t OUTcount;
-extern double Maxd;
-extern std::vector<TabRow> Tabdata;
-extern int32_t Totaldnum;
+// The hydrophobicity statistics of one profile.
+struct HydroStats {
+  double Totalh = 0.0;
+  double Avgh = 0.0;
+  double NormH = 0.0;
+  int32_t OUTcount = 0;
+  double Maxd = 0.0;
+};
 
-void GetProfileData(int domain, ProfileFeatures* out);
-void Initialization();
-void TotalHydro();
-void NormalizeH();
-void NormalizeD();
-void CalculateH();
-void Processtab(ProfileFeatures* out);
+// Reads the domain's profile and derives its six features.
+ProfileFeatures GetProfileData(const ProfileSource& source, const DomainDetail& record,
+                               std::vector<Message>& messages);
+
+void TotalHydro(const Profile& profile, HydroStats& stats);
+void NormalizeH(const Profile& profile, HydroStats& stats);
+void NormalizeD(const Profile& profile, HydroStats& stats);
+std::vector<TabRow> CalculateH(const Profile& profile, const HydroStats& stats);
+ProfileFeatures Processtab(const std::vector<TabRow>& Tabdata, int32_t NumOfAA, int32_t Fragnum,
+                           int32_t OUTcount);
+
+}  // namespace quarnel

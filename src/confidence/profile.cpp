@@ -1,40 +1,36 @@
 // The assessment's residue profile of one domain: the domain's ATOM records read again from the
-// PDB file, one record per residue with its CA, side-chain centre, distance and hydrophobicity.
+// structure's lines, one record per residue with its CA, side-chain centre, distance from the
+// domain's centre and hydrophobicity.
 #include "confidence/profile.h"
 
 #include <cmath>
-#include <cstdio>
 #include <cstring>
-#include <string>
 
-#include "run/fatal.h"
-#include "run/textio.h"
-#include "structure/pdb_names.h"
+namespace quarnel {
 
 namespace {
 
-constexpr int kOpenFailed = 4;
-constexpr int kNoResidue = 15;
-const char* const kNoResidueMessage =
+const char kNoResidueMessage[] =
     "Something is wrong!!! please check the following:\n"
     " Is the pdb file name in the xxxx.pdb format?\n"
     " Have you specified the chain name if the protein has multiple chains?\n";
 
 // The last ATOM record seen before the first one.
 constexpr int kNoResidueSeen = -100;
+constexpr int32_t kResetResnum = -999;
 
 // Side-chain atoms are known by the first two characters of their name (CD1, OE2 and NH1
 // join their families); backbone atoms and everything else stay out of the centre.
-const char* const kSideChainNames[] = {"CB", "CG", "CD", "CE", "CZ", "CH", "SG", "SD",
+constexpr char kSideChainNames[][3] = {"CB", "CG", "CD", "CE", "CZ", "CH", "SG", "SD",
                                        "ND", "NE", "NZ", "NH", "OG", "OD", "OE", "OH"};
 
 struct NameCode {
-  const char* name;
+  char name[4];
   char code;
 };
 
 // Tried in this order; the first match wins. Selenomethionine and UNK stay unknown.
-const NameCode kResidueCodes[] = {
+constexpr NameCode kResidueCodes[] = {
     {"GLY", 'G'}, {"Gly", 'G'}, {"ALA", 'A'}, {"Ala", 'A'}, {"VAL", 'V'}, {"Val", 'V'},
     {"LEU", 'L'}, {"Leu", 'L'}, {"ILE", 'I'}, {"Ile", 'I'}, {"SER", 'S'}, {"Ser", 'S'},
     {"THR", 'T'}, {"Thr", 'T'}, {"CYS", 'C'}, {"Cys", 'C'}, {"MET", 'M'}, {"Met", 'M'},
@@ -45,12 +41,24 @@ const NameCode kResidueCodes[] = {
     {"PHE", 'F'}, {"Phe", 'F'}, {"TYR", 'Y'}, {"Tyr", 'Y'}, {"TRP", 'W'}, {"Trp", 'W'},
 };
 
+struct Hydrophobicity {
+  char code;
+  double value;
+};
+
+constexpr Hydrophobicity kHydrophobicity[] = {
+    {'A', 0.25},  {'B', -0.68}, {'C', 0.04},  {'D', -0.72}, {'E', -0.62}, {'F', 0.61},
+    {'G', 0.16},  {'H', -0.40}, {'I', 0.73},  {'K', -1.10}, {'L', 0.53},  {'M', 0.26},
+    {'N', -0.64}, {'P', -0.07}, {'Q', -0.69}, {'R', -1.76}, {'S', -0.26}, {'T', -0.18},
+    {'V', 0.54},  {'W', 0.37},  {'Y', 0.02},  {'Z', -0.66},
+};
+
 constexpr char kUnknownCode = 'X';
 constexpr char kGlycine = 'G';
 
 // The fields of one ATOM record that the profile uses.
 struct AtomRecord {
-  std::string name;  // the first two characters of the atom name
+  char name[3];  // the first two characters of the atom name
   char resname[3];
   char chain;
   int resnum;
@@ -58,8 +66,9 @@ struct AtomRecord {
 };
 
 AtomRecord ParseAtom(const std::string& line) {
-  AtomRecord atom;
-  atom.name = Columns(line, 14, 15);  // atom name, first two characters
+  AtomRecord atom{};
+  const std::string name = Columns(line, 14, 15);                    // atom name, 2 characters
+  std::strncpy(atom.name, name.c_str(), sizeof(atom.name) - 1);
   for (int k = 0; k < 3; ++k) atom.resname[k] = Column(line, 18 + k);  // resName
   atom.chain = Column(line, 22);                                      // chainID
   atom.resnum = AtoiField(Columns(line, 23, 26));                     // resSeq
@@ -69,123 +78,126 @@ AtomRecord ParseAtom(const std::string& line) {
   return atom;
 }
 
-bool IsSideChainAtom(const std::string& name) {
+bool IsSideChainAtom(const char* name) {
   for (const char* sideChain : kSideChainNames)
-    if (name == sideChain) return true;
+    if (std::strcmp(name, sideChain) == 0) return true;
   return false;
 }
 
 ProfileResidue BlankProfileResidue() {
   ProfileResidue blank{};
   blank.code = ' ';
-  blank.resnum = -999;
+  blank.resnum = kResetResnum;
   return blank;
 }
 
-// The residue being filled and the sums of its side-chain atoms.
-struct OpenResidue {
-  bool any = false;
+// The reading of one domain: the table being filled, the residue open in it and the sums of
+// its side-chain atoms.
+struct ProfileReading {
+  Profile& profile;
+  std::vector<Message>& messages;
+  bool open = false;
   int resnum = 0;
   double sums[3] = {0.0, 0.0, 0.0};
   int count = 0;
-};
 
-void CompleteResidue(const OpenResidue& open) {
-  ProfileResidue& r = residue[static_cast<size_t>(NumOfAA)];
-  for (int k = 0; k < 3; ++k)
-    r.center[k] = (r.code == kGlycine || open.count == 0) ? r.ca[k] : open.sums[k] / open.count;
-}
+  ProfileResidue& Current() { return profile.residue[static_cast<size_t>(profile.NumOfAA)]; }
 
-void StartResidue(OpenResidue& open, const AtomRecord& atom) {
-  if (open.any) CompleteResidue(open);
-  open.any = true;
-  open.resnum = atom.resnum;
-  open.sums[0] = open.sums[1] = open.sums[2] = 0.0;
-  open.count = 0;
-
-  ++NumOfAA;
-  // The table has a record for every residue of the chain; a file holding more residues than
-  // the chain reader kept (it tells insertion codes apart, this reader does not) still fits.
-  while (residue.size() <= static_cast<size_t>(NumOfAA)) residue.push_back(BlankProfileResidue());
-  // A residue without a CA keeps (0, 0, 0), whatever the record held before.
-  ProfileResidue& r = residue[static_cast<size_t>(NumOfAA)];
-  r = BlankProfileResidue();
-  r.code = res_convert(atom.resname);
-  r.resnum = atom.resnum;
-  r.hydro = r.code == kUnknownCode ? 0.0 : AssignH(r.code);
-}
-
-void AddAtom(OpenResidue& open, const AtomRecord& atom) {
-  ProfileResidue& r = residue[static_cast<size_t>(NumOfAA)];
-  if (atom.name == "CA") {
-    for (int k = 0; k < 3; ++k) r.ca[k] = atom.xyz[k];
-  } else if (IsSideChainAtom(atom.name)) {
-    for (int k = 0; k < 3; ++k) open.sums[k] += atom.xyz[k];
-    ++open.count;
+  void Complete() {
+    ProfileResidue& r = Current();
+    for (int k = 0; k < 3; ++k)
+      r.center[k] = (r.code == kGlycine || count == 0) ? r.ca[k] : sums[k] / count;
   }
-}
+
+  void Start(const AtomRecord& atom) {
+    if (open) Complete();
+    open = true;
+    resnum = atom.resnum;
+    sums[0] = sums[1] = sums[2] = 0.0;
+    count = 0;
+
+    ++profile.NumOfAA;
+    // The table has a record for every residue of the chain; a text holding more residues than
+    // the chain reader kept (it tells insertion codes apart, this reader does not) still fits.
+    while (profile.residue.size() <= static_cast<size_t>(profile.NumOfAA))
+      profile.residue.push_back(BlankProfileResidue());
+    // A residue without a CA keeps (0, 0, 0), whatever the record held before.
+    ProfileResidue& r = Current();
+    r = BlankProfileResidue();
+    r.code = res_convert(atom.resname);
+    r.resnum = atom.resnum;
+    r.hydro = r.code == kUnknownCode ? 0.0 : AssignH(r.code, messages);
+  }
+
+  void Add(const AtomRecord& atom) {
+    ProfileResidue& r = Current();
+    if (std::strcmp(atom.name, "CA") == 0) {
+      for (int k = 0; k < 3; ++k) r.ca[k] = atom.xyz[k];
+    } else if (IsSideChainAtom(atom.name)) {
+      for (int k = 0; k < 3; ++k) sums[k] += atom.xyz[k];
+      ++count;
+    }
+  }
+};
 
 // The stop rules are tested before the record type: END also ends the first model (ENDMDL),
 // and the reader leaves one line after it has passed the domain's last residue in the chain.
-bool StopsReading(const std::string& line, int lastResnum, char lastChain) {
+bool StopsReading(const std::string& line, int lastResnum, char lastChain, char chain, int32_t ENDNUM) {
   if (StartsWith(line, "END")) return true;
-  if (StartsWith(line, "TER") && lastChain == CHAIN) return true;
-  return lastResnum > ENDNUM && lastChain == CHAIN;
+  if (StartsWith(line, "TER") && lastChain == chain) return true;
+  return lastResnum > ENDNUM && lastChain == chain;
 }
 
-void ReadDomainResidues(std::FILE* file) {
-  int lastResnum = kNoResidueSeen;
-  char lastChain = ' ';
-  OpenResidue open;
-  std::string line;
-  while (ReadLine(file, line)) {
-    if (StopsReading(line, lastResnum, lastChain)) break;
-    if (!StartsWith(line, "ATOM  ")) continue;
-    AtomRecord atom = ParseAtom(line);
-    lastResnum = atom.resnum;
-    lastChain = atom.chain;
-    if (!Isindomain(atom.resnum) || atom.chain != CHAIN) continue;
-    // Residues are told apart by number alone: 52 and 52A feed one residue.
-    if (!open.any || atom.resnum != open.resnum) StartResidue(open, atom);
-    AddAtom(open, atom);
-  }
-  if (open.any) CompleteResidue(open);
-}
-
-void SetDistancesFromCentre() {
+void SetDistancesFromCentre(Profile& profile) {
   double centre[3] = {0.0, 0.0, 0.0};
-  for (int i = 1; i <= NumOfAA; ++i)
-    for (int k = 0; k < 3; ++k) centre[k] += residue[static_cast<size_t>(i)].center[k];
-  for (int k = 0; k < 3; ++k) centre[k] /= NumOfAA;
-  for (int i = 1; i <= NumOfAA; ++i) {
-    ProfileResidue& r = residue[static_cast<size_t>(i)];
+  for (int i = 1; i <= profile.NumOfAA; ++i)
+    for (int k = 0; k < 3; ++k) centre[k] += profile.residue[static_cast<size_t>(i)].center[k];
+  for (int k = 0; k < 3; ++k) centre[k] /= profile.NumOfAA;
+  for (int i = 1; i <= profile.NumOfAA; ++i) {
+    ProfileResidue& r = profile.residue[static_cast<size_t>(i)];
     r.dist = cal_distance(centre[0], centre[1], centre[2], r.center[0], r.center[1], r.center[2]);
   }
 }
 
-}  // namespace
-
-void ProcessPDB() {
-  std::FILE* file = std::fopen(TemplateName.c_str(), "r");
-  if (file == nullptr)
-    Fatal(kOpenFailed, Stream::kStdout, Format("INPUT %s OPEN ERROR: QUIT\n", PDBName.c_str()));
-  try {
-    ReadDomainResidues(file);
-  } catch (...) {
-    std::fclose(file);
-    throw;
-  }
-  bool unreadable = std::ferror(file) != 0;
-  std::fclose(file);
-  if (unreadable)
-    Fatal(kOpenFailed, Stream::kStdout, Format("INPUT %s OPEN ERROR: QUIT\n", PDBName.c_str()));
-  if (NumOfAA == 0) Fatal(kNoResidue, Stream::kStdout, kNoResidueMessage);
-  SetDistancesFromCentre();
+[[noreturn]] void ReopenFailed(const ProfileSource& source) {
+  Fail(Status::kProfileReopen, Stream::kStdout,
+       Format("INPUT %s OPEN ERROR: QUIT\n", source.name.c_str()));
 }
 
-int Isindomain(int resnum) {
-  for (int s = 0; s < Fragnum && static_cast<size_t>(s) < Domdata.size(); ++s) {
-    const DomainSegment& segment = Domdata[static_cast<size_t>(s)];
+}  // namespace
+
+Profile ProcessPDB(const ProfileSource& source, const std::vector<DomainSegment>& segments,
+                   int32_t ENDNUM, std::vector<Message>& messages) {
+  Profile profile;
+  profile.residue.assign(static_cast<size_t>(std::max(source.chainResidues, 0)) + 1,
+                         BlankProfileResidue());
+  std::unique_ptr<LineReader> reader = source.lines->Open();
+  if (reader == nullptr) ReopenFailed(source);
+
+  ProfileReading reading{profile, messages};
+  int lastResnum = kNoResidueSeen;
+  char lastChain = ' ';
+  std::string line;
+  while (reader->Next(line)) {
+    if (StopsReading(line, lastResnum, lastChain, source.chain, ENDNUM)) break;
+    if (!StartsWith(line, "ATOM  ")) continue;
+    const AtomRecord atom = ParseAtom(line);
+    lastResnum = atom.resnum;
+    lastChain = atom.chain;
+    if (!Isindomain(segments, atom.resnum) || atom.chain != source.chain) continue;
+    // Residues are told apart by number alone: 52 and 52A feed one residue.
+    if (!reading.open || atom.resnum != reading.resnum) reading.Start(atom);
+    reading.Add(atom);
+  }
+  if (reading.open) reading.Complete();
+  if (reader->Failed()) ReopenFailed(source);
+  if (profile.NumOfAA == 0) Fail(Status::kNoProfileResidue, Stream::kStdout, kNoResidueMessage);
+  SetDistancesFromCentre(profile);
+  return profile;
+}
+
+int Isindomain(const std::vector<DomainSegment>& segments, int resnum) {
+  for (const DomainSegment& segment : segments) {
     if (segment.start <= resnum && resnum <= segment.end) return 1;
   }
   return 0;
@@ -197,34 +209,11 @@ char res_convert(const char name[3]) {
   return kUnknownCode;
 }
 
-double AssignH(char code) {
-  switch (code) {
-    case 'A': return 0.25;
-    case 'B': return -0.68;
-    case 'C': return 0.04;
-    case 'D': return -0.72;
-    case 'E': return -0.62;
-    case 'F': return 0.61;
-    case 'G': return 0.16;
-    case 'H': return -0.40;
-    case 'I': return 0.73;
-    case 'K': return -1.10;
-    case 'L': return 0.53;
-    case 'M': return 0.26;
-    case 'N': return -0.64;
-    case 'P': return -0.07;
-    case 'Q': return -0.69;
-    case 'R': return -1.76;
-    case 'S': return -0.26;
-    case 'T': return -0.18;
-    case 'V': return 0.54;
-    case 'W': return 0.37;
-    case 'Y': return 0.02;
-    case 'Z': return -0.66;
-    default:
-      std::printf("Uncommon Char\n");
-      return 0.0;
-  }
+double AssignH(char code, std::vector<Message>& messages) {
+  for (const Hydrophobicity& entry : kHydrophobicity)
+    if (entry.code == code) return entry.value;
+  messages.push_back(Message{Stream::kStdout, "Uncommon Char\n"});
+  return 0.0;
 }
 
 double cal_distance(double x1, double y1, double z1, double x2, double y2, double z2) {
@@ -233,3 +222,5 @@ double cal_distance(double x1, double y1, double z1, double x2, double y2, doubl
   double dz = z1 - z2;
   return std::sqrt(dx * dx + dy * dy + dz * dz);
 }
+
+}  // namespace quarnel

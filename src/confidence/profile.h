@@ -1,31 +1,48 @@
-// The assessment's own residue profile of one domain, read again from the PDB file.
+// The assessment's own residue profile of one domain, read again from the structure's lines.
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
+#include "base/status.h"
+#include "base/text.h"
 #include "output/domains.h"
 
+namespace quarnel {
+
 struct ProfileResidue {
-  char code;        // one-letter code, 'X' for unknown and non-standard residues
+  char code;         // one-letter code, 'X' for unknown and non-standard residues
   int32_t resnum;
   double ca[3];
-  double center[3]; // side-chain centre (the CA for glycine and bare residues)
-  double dist;      // from the domain's centre
+  double center[3];  // side-chain centre (the CA for glycine and bare residues)
+  double dist;       // from the domain's centre
   double hydro;
 };
 
 // Records 1 to NumOfAA hold the profile; record 0 is never part of it.
-extern std::vector<ProfileResidue> residue;
-extern int32_t NumOfAA;
+struct Profile {
+  std::vector<ProfileResidue> residue;
+  int32_t NumOfAA = 0;
+};
 
-// The domain being read: its segments, their count and its largest end residue number.
-extern std::vector<DomainSegment> Domdata;
-extern int32_t Fragnum;
-extern int32_t ENDNUM;
+// Where the assessment reads its profiles: the lines the structure was read from, the chain
+// the run judges, the file name its open failure gives and the chain's residue count.
+struct ProfileSource {
+  const LineSource* lines = nullptr;
+  char chain = ' ';
+  std::string name;
+  int32_t chainResidues = 0;
+};
 
-void ProcessPDB();
-int Isindomain(int resnum);
+// The residues of the domain's segments (`ENDNUM` the largest end) in the run's chain.
+Profile ProcessPDB(const ProfileSource& source, const std::vector<DomainSegment>& segments,
+                   int32_t ENDNUM, std::vector<Message>& messages);
+
+int Isindomain(const std::vector<DomainSegment>& segments, int resnum);
 char res_convert(const char name[3]);
-double AssignH(char code);
+// The hydrophobicity of a one-letter code; an unexpected code notes "Uncommon Char" and gives 0.
+double AssignH(char code, std::vector<Message>& messages);
 double cal_distance(double x1, double y1, double z1, double x2, double y2, double z2);
+
+}  // namespace quarnel

@@ -1,8 +1,10 @@
 // The fixed, pre-trained 9-8-1 logistic network that scores one domain's nine features. Its
-// weights are constants of the tool; only the unit activations change from call to call.
+// weights are constants of the tool; the unit activations live only during one call.
 #include "confidence/testing.h"
 
 #include <cmath>
+
+namespace quarnel {
 
 namespace {
 
@@ -13,7 +15,7 @@ constexpr int kConnections = kNetworkHidden * kNetworkInputs + kNetworkHidden;  
 constexpr double kNetCutoff = 10000.0;
 
 // The 80 connections end to end: 9 for each hidden unit 10 to 17, then 8 for the output unit.
-const int32_t Sources[kConnections] = {
+constexpr int32_t Sources[kConnections] = {
     1,  2,  3,  4,  5,  6,  7,  8,  9,   // unit 10
     1,  2,  3,  4,  5,  6,  7,  8,  9,   // unit 11
     1,  2,  3,  4,  5,  6,  7,  8,  9,   // unit 12
@@ -26,7 +28,7 @@ const int32_t Sources[kConnections] = {
 };
 
 // Weights in connection order, each decimal rounded directly to the nearest float.
-const float Weights[kConnections] = {
+constexpr float Weights[kConnections] = {
     // unit 10
     3.67052f, -0.02355f, 2.83912f, 0.86335f, -0.10529f, -1.24042f, -8.80781f, 26.02224f, -20.13426f,
     // unit 11
@@ -48,70 +50,58 @@ const float Weights[kConnections] = {
     -4.18989f, -4.00983f, 3.01283f, 0.92573f, 6.24853f, 3.0502f, -0.79266f, -3.26261f,
 };
 
-constexpr const int32_t* HiddenSources(int k) { return Sources + k * kNetworkInputs; }
-constexpr const float* HiddenWeights(int k) { return Weights + k * kNetworkInputs; }
-constexpr int kOutputRun = kNetworkHidden * kNetworkInputs;
+constexpr int32_t kOutputRun = kNetworkHidden * kNetworkInputs;
 
-}  // namespace
-
-// Unit 0 stands for no unit; the input units' biases take no part in the computation.
-Unit Units[kNetworkUnits + 1] = {
-    {0.0f, 0.0f, 0, nullptr, nullptr},
-    {0.0f, 0.0f, 0, nullptr, nullptr},
-    {0.0f, 0.0f, 0, nullptr, nullptr},
-    {0.0f, 0.0f, 0, nullptr, nullptr},
-    {0.0f, 0.0f, 0, nullptr, nullptr},
-    {0.0f, 0.0f, 0, nullptr, nullptr},
-    {0.0f, 0.0f, 0, nullptr, nullptr},
-    {0.0f, 0.0f, 0, nullptr, nullptr},
-    {0.0f, 0.0f, 0, nullptr, nullptr},
-    {0.0f, 0.0f, 0, nullptr, nullptr},
-    {0.0f, -0.17064f, kNetworkInputs, HiddenSources(0), HiddenWeights(0)},
-    {0.0f, -0.48859f, kNetworkInputs, HiddenSources(1), HiddenWeights(1)},
-    {0.0f, 7.80255f, kNetworkInputs, HiddenSources(2), HiddenWeights(2)},
-    {0.0f, -0.93365f, kNetworkInputs, HiddenSources(3), HiddenWeights(3)},
-    {0.0f, 0.20555f, kNetworkInputs, HiddenSources(4), HiddenWeights(4)},
-    {0.0f, 0.09673f, kNetworkInputs, HiddenSources(5), HiddenWeights(5)},
-    {0.0f, 154.92741f, kNetworkInputs, HiddenSources(6), HiddenWeights(6)},
-    {0.0f, 0.12011f, kNetworkInputs, HiddenSources(7), HiddenWeights(7)},
-    {0.0f, -0.40035f, kNetworkHidden, Sources + kOutputRun, Weights + kOutputRun},
+// Unit 0 stands for no unit; the input units have no sources, and their biases take no part in
+// the computation.
+constexpr Unit Units[kNetworkUnits + 1] = {
+    {0.0f, 0, 0},
+    {0.0f, 0, 0}, {0.0f, 0, 0}, {0.0f, 0, 0}, {0.0f, 0, 0}, {0.0f, 0, 0},
+    {0.0f, 0, 0}, {0.0f, 0, 0}, {0.0f, 0, 0}, {0.0f, 0, 0},
+    {-0.17064f, kNetworkInputs, 0 * kNetworkInputs},
+    {-0.48859f, kNetworkInputs, 1 * kNetworkInputs},
+    {7.80255f, kNetworkInputs, 2 * kNetworkInputs},
+    {-0.93365f, kNetworkInputs, 3 * kNetworkInputs},
+    {0.20555f, kNetworkInputs, 4 * kNetworkInputs},
+    {0.09673f, kNetworkInputs, 5 * kNetworkInputs},
+    {154.92741f, kNetworkInputs, 6 * kNetworkInputs},
+    {0.12011f, kNetworkInputs, 7 * kNetworkInputs},
+    {-0.40035f, kNetworkHidden, kOutputRun},
 };
 
-namespace {
-
-Unit* const Input[kNetworkInputs] = {&Units[1], &Units[2], &Units[3], &Units[4], &Units[5],
-                                     &Units[6], &Units[7], &Units[8], &Units[9]};
-Unit* const Hidden1[kNetworkHidden] = {&Units[10], &Units[11], &Units[12], &Units[13],
-                                       &Units[14], &Units[15], &Units[16], &Units[17]};
-Unit* const Output1[1] = {&Units[kOutputUnit]};
-const int Output[1] = {kOutputUnit};
+constexpr int32_t Input[kNetworkInputs] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+constexpr int32_t Hidden1[kNetworkHidden] = {10, 11, 12, 13, 14, 15, 16, 17};
+constexpr int32_t Output1 = kOutputUnit;
 
 // The sum is held in single precision, each product and addition done in double and stored
 // back after every connection, so the rounding is the same whatever the compiler keeps in
 // registers.
-void UpdateUnit(Unit* unit) {
+void UpdateUnit(int32_t unitNumber, float activation[kNetworkUnits + 1]) {
+  const Unit& unit = Units[unitNumber];
   float sum = 0.0f;
-  for (int32_t s = 0; s < unit->sourceCount; ++s) {
-    double product = static_cast<double>(Units[unit->sources[s]].activation) *
-                     static_cast<double>(unit->weights[s]);
+  for (int32_t s = 0; s < unit.sourceCount; ++s) {
+    const int32_t connection = unit.firstConnection + s;
+    double product = static_cast<double>(activation[Sources[connection]]) *
+                     static_cast<double>(Weights[connection]);
     sum = static_cast<float>(static_cast<double>(sum) + product);
   }
-  float net = unit->bias + sum;
+  float net = unit.bias + sum;
   if (net < kNetCutoff)
-    unit->activation = static_cast<float>(
-        1.0 / (1.0 + std::exp(-static_cast<double>(sum) - static_cast<double>(unit->bias))));
+    activation[unitNumber] = static_cast<float>(
+        1.0 / (1.0 + std::exp(-static_cast<double>(sum) - static_cast<double>(unit.bias))));
   else
-    unit->activation = 0.0f;
+    activation[unitNumber] = 0.0f;
 }
 
 }  // namespace
 
-int testing(const float in[9], float out[1]) {
-  for (int k = 0; k < kNetworkInputs; ++k) Input[k]->activation = in[k];
-  for (Unit* hidden : Hidden1) UpdateUnit(hidden);
-  UpdateUnit(Output1[0]);
-  out[0] = Units[Output[0]].activation;
+int testing(const float in[kNetworkInputs], float out[1]) {
+  float activation[kNetworkUnits + 1] = {};
+  for (int k = 0; k < kNetworkInputs; ++k) activation[Input[k]] = in[k];
+  for (int32_t hidden : Hidden1) UpdateUnit(hidden, activation);
+  UpdateUnit(Output1, activation);
+  out[0] = activation[kOutputUnit];
   return 0;
 }
 
-const NetworkDescriptor testingREC = {kNetworkInputs, 1, testing};
+}  // namespace quarnel

@@ -3,25 +3,21 @@
 
 #include <cstdint>
 
-struct Unit {
-  float activation;
-  float bias;
-  int32_t sourceCount;
-  const int32_t* sources;  // unit numbers, in connection order
-  const float* weights;
-};
+namespace quarnel {
 
 constexpr int kNetworkInputs = 9;
 constexpr int kNetworkHidden = 8;
 constexpr int kNetworkUnits = 18;  // numbered 1 to 18; 0 stands for no unit
 
-struct NetworkDescriptor {
-  int inputs;
-  int outputs;
-  int (*score)(const float* in, float* out);
+// One unit of the network: its bias and its run of connections in the connection tables.
+struct Unit {
+  float bias;
+  int32_t sourceCount;
+  int32_t firstConnection;
 };
 
-extern Unit Units[kNetworkUnits + 1];
-extern const NetworkDescriptor testingREC;
+// Scores nine features into out[0], in [0, 1]; always returns 0. Nothing of one call survives
+// into the next.
+int testing(const float in[kNetworkInputs], float out[1]);
 
-int testing(const float in[9], float out[1]);
+}  // namespace quarnel

@@ -1,16 +1,16 @@
-// The residue contact matrix: weighted and raw atom contacts within 4 A and squared CA distances,
-// for every pair of residues.
+// The residue contact map, and the fixed weights that secondary structure gives it.
 #include "contacts/contacts.h"
 
-#include <cmath>
-#include <cstdlib>
-#include <limits>
-#include <vector>
+#include <unistd.h>
 
-#include "run/fatal.h"
-#include "run/parameters.h"
-#include "run/textio.h"
-#include "structure/protein.h"
+#include <cmath>
+#include <limits>
+#include <new>
+
+#include "base/status.h"
+#include "base/text.h"
+
+namespace quarnel {
 
 namespace {
 
@@ -42,7 +42,7 @@ struct Sphere {
   bool usable = false;
 };
 
-constexpr double kSphereMargin = 1.0;            // A, on top of the 4 A contact distance
+constexpr double kSphereMargin = 1.0;  // A, on top of the 4 A contact distance
 constexpr double kContactDistance = 4.0;
 constexpr double kLargestPrunedCoordinate = 1.0e6;
 
@@ -50,22 +50,22 @@ bool SaneCoordinate(double value) {
   return std::isfinite(value) && std::fabs(value) < kLargestPrunedCoordinate;
 }
 
-Sphere BoundingSphere(const Residue& residue) {
+Sphere BoundingSphere(const Atom* atoms, int natoms) {
   Sphere sphere;
-  if (residue.natoms <= 0) return sphere;
-  for (int a = 0; a < residue.natoms; ++a) {
-    const Atom& atom = residue.atoms[a];
+  if (natoms <= 0) return sphere;
+  for (int a = 0; a < natoms; ++a) {
+    const Atom& atom = atoms[a];
     if (!SaneCoordinate(atom.x) || !SaneCoordinate(atom.y) || !SaneCoordinate(atom.z)) return sphere;
     sphere.x += atom.x;
     sphere.y += atom.y;
     sphere.z += atom.z;
   }
-  sphere.x /= residue.natoms;
-  sphere.y /= residue.natoms;
-  sphere.z /= residue.natoms;
+  sphere.x /= natoms;
+  sphere.y /= natoms;
+  sphere.z /= natoms;
   double radius2 = 0.0;
-  for (int a = 0; a < residue.natoms; ++a) {
-    const Atom& atom = residue.atoms[a];
+  for (int a = 0; a < natoms; ++a) {
+    const Atom& atom = atoms[a];
     double dx = atom.x - sphere.x, dy = atom.y - sphere.y, dz = atom.z - sphere.z;
     radius2 = std::fmax(radius2, dx * dx + dy * dy + dz * dz);
   }
@@ -91,75 +91,103 @@ void AddOne(int32_t& value) {
 // Every atom of one residue against every atom of the other, in stored order. A backbone pair
 // adds BBWeight truncated toward zero at each addition, so a fractional weight loses its
 // fraction every time.
-void AtomContacts(const Residue& a, const Residue& b, int32_t& weight, int32_t& count) {
-  weight = 0;
-  count = 0;
-  for (int i = 0; i < a.natoms; ++i) {
-    const Atom& p = a.atoms[i];
-    for (int j = 0; j < b.natoms; ++j) {
-      const Atom& q = b.atoms[j];
+void AtomContacts(const Atom* a, int na, const Atom* b, int nb, float bbWeight, Contact& cell) {
+  for (int i = 0; i < na; ++i) {
+    const Atom& p = a[i];
+    for (int j = 0; j < nb; ++j) {
+      const Atom& q = b[j];
       // Written as "at most 4 A": a malformed coordinate (NaN) then makes no contact.
       if (!(Distance2(p.x, p.y, p.z, q.x, q.y, q.z) <= kContactDistance2)) continue;
-      AddOne(count);
+      AddOne(cell.count);
       if (p.backbone == 1 && q.backbone == 1)
-        weight = TruncToInt(static_cast<float>(weight) + BBWeight);
+        cell.weight = TruncToInt(static_cast<float>(cell.weight) + bbWeight);
       else
-        AddOne(weight);
+        AddOne(cell.weight);
     }
   }
 }
 
-void SetPair(Contact** matrix, int i, int j, const Contact& cell) {
-  matrix[i][j] = cell;
-  matrix[j][i] = cell;
+// The run holds the chain's contact map and, while the top level is searched, the level's copy
+// of it. A chain for which they cannot fit in this machine's memory stops here, with the
+// allocation failure, instead of being killed by the system halfway through.
+constexpr double kUsableMemoryShare = 0.75;
+
+void RequireMemoryForContacts(int32_t residues) {
+  long pages = sysconf(_SC_PHYS_PAGES);
+  long pageSize = sysconf(_SC_PAGE_SIZE);
+  if (pages <= 0 || pageSize <= 0) return;
+  double physical = static_cast<double>(pages) * static_cast<double>(pageSize);
+  double needed = 2.0 * static_cast<double>(residues) * static_cast<double>(residues) *
+                  static_cast<double>(sizeof(Contact));
+  if (needed <= kUsableMemoryShare * physical) return;
+  AllocationFailed(Format(
+      "quarnel: %d residues need %.1f GB for their contact matrices; this machine has %.1f GB",
+      residues, needed / 1e9, physical / 1e9));
+}
+
+void SetWeight(ContactMap& contacts, int32_t i, int32_t j, int32_t weight) {
+  contacts.at(i, j).weight = weight;
+  contacts.at(j, i).weight = weight;
 }
 
 }  // namespace
 
-Contact** ContactMalloc(int rows, int cols) {
-  size_t rowCount = rows > 0 ? static_cast<size_t>(rows) : 0;
-  size_t rowBytes = (cols > 0 ? static_cast<size_t>(cols) : 0) * sizeof(Contact);
-  // At least one byte each, so that an empty matrix or row is never mistaken for a failure.
-  Contact** matrix = static_cast<Contact**>(std::malloc(rowCount > 0 ? rowCount * sizeof(Contact*) : 1));
-  if (matrix == nullptr) AllocationFailed();
-  for (size_t i = 0; i < rowCount; ++i) {
-    matrix[i] = static_cast<Contact*>(std::malloc(rowBytes > 0 ? rowBytes : 1));
-    if (matrix[i] == nullptr) {
-      // Every later step needs every row: the run cannot go on without one.
-      FreeContacts(matrix, static_cast<int>(i));
-      AllocationFailed();
-    }
+ContactMap::ContactMap(int32_t n) : n_(n > 0 ? n : 0) {
+  try {
+    cells_.assign(static_cast<size_t>(n_) * static_cast<size_t>(n_), Contact{0, 0, 0.0f});
+  } catch (const std::bad_alloc&) {
+    AllocationFailed();
   }
-  return matrix;
 }
 
-void FreeContacts(Contact** matrix, int rows) {
-  if (matrix == nullptr) return;
-  for (int i = 0; i < rows; ++i) std::free(matrix[i]);
-  std::free(matrix);
-}
-
-// Protein is in file order when the matrix is built, so array position and index agree.
-void CalcContacts(const Residue* residues, int n, Contact** matrix) {
-  bool caOnly = FlagCa == 1;
+ContactMap CalcContacts(const Structure& structure, const Params& params) {
+  const int32_t n = structure.size();
+  RequireMemoryForContacts(n);
+  ContactMap contacts(n);
+  const std::vector<Residue>& residues = structure.residues;
+  const bool caOnly = params.FlagCa == 1;
   std::vector<Sphere> spheres;
   if (!caOnly) {
-    spheres.reserve(static_cast<size_t>(n > 0 ? n : 0));
-    for (int i = 0; i < n; ++i) spheres.push_back(BoundingSphere(residues[i]));
+    spheres.reserve(static_cast<size_t>(n));
+    for (const Residue& r : residues) spheres.push_back(BoundingSphere(structure.AtomsOf(r), r.natoms));
   }
 
-  for (int i = 0; i < n; ++i) {
-    for (int j = i + 1; j < n; ++j) {
+  for (int32_t i = 0; i < n; ++i) {
+    for (int32_t j = i + 1; j < n; ++j) {
       Contact cell{0, 0, CaDistance2(residues[i], residues[j])};
       if (caOnly) {
         int32_t contact = cell.dist2 < kCaContactDistance2 ? 1 : 0;
         cell.weight = contact;
         cell.count = contact;
       } else if (!Apart(spheres[i], spheres[j])) {
-        AtomContacts(residues[i], residues[j], cell.weight, cell.count);
+        AtomContacts(structure.AtomsOf(residues[i]), residues[i].natoms,
+                     structure.AtomsOf(residues[j]), residues[j].natoms, params.BBWeight, cell);
       }
-      SetPair(matrix, i, j, cell);
+      contacts.at(i, j) = cell;
+      contacts.at(j, i) = cell;
     }
   }
-  for (int i = 0; i < n; ++i) matrix[i][i] = Contact{0, 0, 0.0f};
+  return contacts;
 }
+
+void ApplySecondaryStructure(const SecondaryStructure& table, std::vector<Residue>& residues,
+                             ContactMap& contacts) {
+  const int32_t n = static_cast<int32_t>(residues.size());
+  for (int32_t i = 0; i < n; ++i) {
+    residues[i].ss = table.ss[i];
+    residues[i].bridge1 = table.bridge1[i];
+    residues[i].bridge2 = table.bridge2[i];
+  }
+  for (int32_t i = 1; i < n; ++i) {
+    if (residues[i - 1].ss == 'E' && residues[i].ss == 'E') SetWeight(contacts, i - 1, i, kStrandWeight);
+  }
+  // Every pair i < j in which either residue lists the other gets the bridge weight; visiting
+  // each residue's own partners reaches exactly those pairs, after the strand weights.
+  for (int32_t i = 0; i < n; ++i) {
+    for (int32_t partner : {residues[i].bridge1, residues[i].bridge2}) {
+      if (partner != kNoPartner && partner != i) SetWeight(contacts, i, partner, kBridgeWeight);
+    }
+  }
+}
+
+}  // namespace quarnel

@@ -5,6 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "structure/protein.h"
+
+namespace quarnel {
+
 struct DomainSegment {
   int32_t start;
   char startIns;  // blank when the residue has no insertion code
@@ -19,11 +23,15 @@ struct DomainDetail {
   float confidence;
 };
 
-extern std::vector<DomainDetail> domdetail;
+// Puts the residues back in chain order and, for two domains or more, builds one record per
+// domain number 0 .. domainCount - 1 (none for a single domain).
+std::vector<DomainDetail> OutputDomains(std::vector<Residue>& residues, int32_t domainCount);
 
-void OutputDomains(const std::string& entry);
-void PrintDomain();
-void FreeDomDetail(int count);
+// The report line of two domains or more, newline included.
+std::string FormatReport(const std::string& entry, int32_t residues,
+                         const std::vector<DomainDetail>& domains);
 
 // The report of a single domain: entry, chain length, 1.
-void PrintOneDomain();
+std::string FormatOneDomain(const std::string& entry, int32_t residues);
+
+}  // namespace quarnel

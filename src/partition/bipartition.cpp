@@ -4,11 +4,11 @@
 // strictly lower score replaces the best, so the first of equal candidates wins.
 #include "partition/bipartition.h"
 
-#include <cstdlib>
 #include <vector>
 
-#include "run/sort.h"
-#include "structure/protein.h"
+#include "base/sort.h"
+
+namespace quarnel {
 
 namespace {
 
@@ -26,9 +26,24 @@ void RestoreLabel(Residue& r, int32_t code) {
   }
 }
 
-void MarkComponent(FlowNode* flowNodes, int32_t component) {
-  const MappingRange& range = Mapptr[component];
-  for (int32_t m = range.first; m <= range.last; ++m) flowNodes[Mapping[m].node].label = 1;
+void MarkComponent(const ComponentGraph& graph, std::vector<FlowNode>& nodes, int32_t component) {
+  const MappingRange& range = graph.ranges[component];
+  for (int32_t m = range.first; m <= range.last; ++m) nodes[graph.mapping[m].node].label = 1;
+}
+
+// The source side starts as the must-in components.
+void InitializePartition(const ComponentGraph& graph, std::vector<FlowNode>& nodes) {
+  for (FlowNode& node : nodes) node.label = 0;
+  for (int32_t p = 0; p < graph.k; ++p) {
+    if (graph.dag[p].mark == kMustIn) MarkComponent(graph, nodes, p);
+  }
+}
+
+void AssignPartition(const ComponentGraph& graph, std::vector<FlowNode>& nodes,
+                     const std::vector<ClosureEntry>& row, int size) {
+  for (int i = 0; i < size; ++i) {
+    if (row[i].inflag == 1) MarkComponent(graph, nodes, row[i].index);
+  }
 }
 
 // The first position whose part differs from the one before it; 0 when every residue carries
@@ -40,44 +55,30 @@ int FindSplit(const Residue* slice, int n) {
   return 0;
 }
 
-}  // namespace
-
-void InitializePartition(FlowNode* flowNodes, int nodes, DagNode* dag, int k) {
-  for (int v = 0; v < nodes; ++v) flowNodes[v].label = 0;
-  for (int p = 0; p < k; ++p) {
-    if (dag[p].mark == kMustIn) MarkComponent(flowNodes, p);
-  }
-}
-
-void AssignPartition(FlowNode* flowNodes, const std::vector<ClosureEntry>& row, int size) {
-  for (int i = 0; i < size; ++i) {
-    if (row[i].inflag == 1) MarkComponent(flowNodes, row[i].index);
-  }
-}
-
-float ListBiPartitions(Residue* slice, FlowNode* flowNodes, int n, DagNode* dag, int k,
-                       IndVector& closures, int size, int count, CutScores* scores) {
+float ListBiPartitions(const Params& params, const ContactMap& contacts, Residue* slice,
+                       std::vector<FlowNode>& nodes, int n, const ComponentGraph& graph,
+                       const IndVector& closures, int size, int count, CutScores* scores) {
   const int candidates = count + 1;
   std::vector<std::vector<int32_t>> codes(candidates, std::vector<int32_t>(n));
   std::vector<CutScores> candidateScores(candidates, kRejectedCutScores);
   std::vector<float> score(candidates, kRejectedScore);
 
   for (int t = 0; t < candidates; ++t) {
-    InitializePartition(flowNodes, n + 2, dag, k);
-    if (t > 0) AssignPartition(flowNodes, closures[t - 1], size);
+    InitializePartition(graph, nodes);
+    if (t > 0) AssignPartition(graph, nodes, closures[t - 1], size);
 
     SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
     for (int i = 0; i < n; ++i) {
-      slice[i].part = flowNodes[i].label;
+      slice[i].part = nodes[i].label;
       slice[i].merged = 0;
     }
-    MergeSegments(slice, n);
+    MergeSegments(params, slice, n);
     for (int i = 0; i < n; ++i) codes[t][i] = LabelCode(slice[i]);
 
     SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare2);
     int split = FindSplit(slice, n);
     if (split == 0) continue;  // merging left one label: no cut
-    score[t] = GoodDomainCut(slice, split, n, &candidateScores[t]);
+    score[t] = GoodDomainCut(params, contacts, slice, split, n, &candidateScores[t]);
   }
 
   int winner = -1;
@@ -99,23 +100,16 @@ float ListBiPartitions(Residue* slice, FlowNode* flowNodes, int n, DagNode* dag,
   return best;
 }
 
-float GenerateAllBiPartition(FlowNode* flowNodes, AdjacencyList& list, Residue* slice, int nodes,
-                             CutScores* scores) {
+}  // namespace
+
+float GenerateAllBiPartition(const Params& params, const ContactMap& contacts, FlowNetwork& network,
+                             Residue* slice, CutScores* scores) {
+  ComponentGraph graph;
   IndVector closures;
-  std::vector<DagNode> dag(nodes);
-  AdjacencyList successors;
-  AdjacencyList predecessors;
-  int k = 0, size = 0, count = 0;
-  FindAllMinCuts(flowNodes, list, nodes, dag.data(), successors, predecessors, &k, closures,
-                 &size, &count);
-
-  CutScores found = kRejectedCutScores;
-  float score = ListBiPartitions(slice, flowNodes, nodes - 2, dag.data(), k, closures, size,
-                                 count, &found);
-
-  Mapping.clear();
-  InverseMapping.clear();
-  Mapptr.clear();
-  *scores = found;
-  return score;
+  int size = 0, count = 0;
+  FindAllMinCuts(network, graph, closures, &size, &count);
+  return ListBiPartitions(params, contacts, slice, network.nodes, network.size() - 2, graph,
+                          closures, size, count, scores);
 }
+
+}  // namespace quarnel

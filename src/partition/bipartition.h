@@ -5,18 +5,19 @@
 #include "partition/components.h"
 #include "partition/partition.h"
 
-struct Residue;
+namespace quarnel {
 
-float GenerateAllBiPartition(FlowNode* flowNodes, AdjacencyList& list, Residue* slice, int nodes,
-                             CutScores* scores);
-float ListBiPartitions(Residue* slice, FlowNode* flowNodes, int n, DagNode* dag, int k,
-                       IndVector& closures, int size, int count, CutScores* scores);
-void InitializePartition(FlowNode* flowNodes, int nodes, DagNode* dag, int k);
-void AssignPartition(FlowNode* flowNodes, const std::vector<ClosureEntry>& row, int size);
+// The best candidate cut of one solved network: its score (kRejectedScore when none was
+// accepted) and scores record; on acceptance the slice is left in index order labelled with it.
+float GenerateAllBiPartition(const Params& params, const ContactMap& contacts, FlowNetwork& network,
+                             Residue* slice, CutScores* scores);
 
 // Segment merging: short loops and tails take their neighbours' label.
-void MergeSegments(Residue* slice, int n);
+void MergeSegments(const Params& params, Residue* slice, int n);
 
-// Acceptance and score of one candidate, the slice ordered by part with split residues of
+// Acceptance and score of one candidate, the slice ordered by part with the split residues of
 // part 0 first.
-float GoodDomainCut(Residue* slice, int split, int n, CutScores* scores);
+float GoodDomainCut(const Params& params, const ContactMap& contacts, Residue* slice, int split,
+                    int n, CutScores* scores);
+
+}  // namespace quarnel

@@ -1,5 +1,5 @@
-// Strongly connected components of a residual network and the component graph, the ground on
-// which the minimum cuts are enumerated.
+// Strongly connected components of a residual network and the graph of components, the ground
+// on which the minimum cuts of one flow problem are enumerated.
 #pragma once
 
 #include <cstdint>
@@ -7,9 +7,11 @@
 
 #include "partition/flow.h"
 
+namespace quarnel {
+
 struct DagNode {
   int32_t id;
-  int32_t parent;  // -10 when none
+  int32_t parent;  // kNoParent when none
   int32_t mark;    // kFree, kMustIn, kMustOut, or the topological sort's states
 };
 
@@ -27,14 +29,10 @@ struct MappingEntry {
 };
 
 struct MappingRange {
-  int32_t first, last;  // inclusive positions in Mapping
+  int32_t first, last;  // inclusive positions in `mapping`
 };
 
-extern std::vector<MappingEntry> Mapping;
-extern std::vector<int32_t> InverseMapping;
-extern std::vector<MappingRange> Mapptr;
-
-// One selection of free components, by TopoOrder position.
+// One selection of free components, by topological position.
 struct ClosureEntry {
   int32_t index;   // component number
   int32_t inflag;  // 1 when selected
@@ -49,34 +47,28 @@ struct TopoEntry {
 
 constexpr int kMaxClosureRows = 99;  // with the selection of no free component, 100 candidates
 
+// The components of one flow problem, their maps to nodes, and the component graph.
+struct ComponentGraph {
+  int32_t k = 0;                       // number of components
+  std::vector<MappingEntry> mapping;   // (node, component), grouped by component
+  std::vector<int32_t> inverse;        // node -> component
+  std::vector<MappingRange> ranges;    // component -> its run in `mapping`
+  std::vector<DagNode> dag;
+  AdjacencyList successors;            // component lists; only `head` and `next` are used
+  AdjacencyList predecessors;
+};
+
+// The cut enumeration of one solved network: components, must-in and must-out marks, and the
+// closure rows of the free components; `size` free components, `count` rows.
+void FindAllMinCuts(FlowNetwork& network, ComponentGraph& graph, IndVector& closures, int* size,
+                    int* count);
+
+void CalcSCC(FlowNetwork& network);
+void CreateMapping(const FlowNetwork& network, ComponentGraph& graph);
+void DagBuilder(const FlowNetwork& network, ComponentGraph& graph);
 int comparec(const void* a, const void* b);
 
-void FindAllMinCuts(FlowNode* flowNodes, AdjacencyList& list, int nodes, DagNode* dag,
-                    AdjacencyList& successors, AdjacencyList& predecessors, int* k,
-                    IndVector& closures, int* size, int* count);
-void DagConstruction(FlowNode* flowNodes, AdjacencyList& list, int nodes, DagNode* dag,
-                     AdjacencyList& successors, AdjacencyList& predecessors, int* k);
-void CalcSCC(FlowNode* flowNodes, AdjacencyList& list, int nodes);
-void SCCLabeling(FlowNode* flowNodes, AdjacencyList& list, int v);
-void CreateMapping(FlowNode* flowNodes, int nodes, int* k);
-void DagBuilder(FlowNode* flowNodes, AdjacencyList& list, int nodes, DagNode* dag,
-                AdjacencyList& successors, AdjacencyList& predecessors, int k);
+void MarkMustInOuts(ComponentGraph& graph, int32_t source, int32_t sink);
+void EnumerateClosures(ComponentGraph& graph, IndVector& closures, int* size, int* count);
 
-int32_t** Short2Malloc(int rows, int cols);
-void Init2Array(int32_t** matrix, int rows, int cols);
-void Free2Array(int32_t** matrix, int rows);
-
-// Minimum-cut marking and enumeration on the component graph.
-void MarkMustInOuts(DagNode* dag, AdjacencyList& successors, AdjacencyList& predecessors, int k);
-void CalcMustIns(DagNode* dag, AdjacencyList& successors, int k);
-void DFSLabeling(DagNode* dag, AdjacencyList& successors, int component);
-void DFSLabeling1(DagNode* dag, AdjacencyList& predecessors, int component);
-void EnumerateClosures(DagNode* dag, AdjacencyList& successors, int k, IndVector& closures,
-                       int* size, int* count);
-void TopologicalSort(DagNode* dag, AdjacencyList& successors, int k,
-                     std::vector<TopoEntry>& order, int* size);
-void DFSVisit(int component, DagNode* dag, AdjacencyList& successors,
-              std::vector<TopoEntry>& order, int* next);
-void CalcBoundary(DagNode* dag, std::vector<TopoEntry>& order, int size);
-int FindNextHeader(const std::vector<TopoEntry>& order, int position, int size);
-void CopyIndices(const std::vector<TopoEntry>& order, std::vector<ClosureEntry>& row, int size);
+}  // namespace quarnel

@@ -5,12 +5,10 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "contacts/contacts.h"
+#include "base/sort.h"
 #include "partition/bipartition.h"
-#include "partition/partition.h"
-#include "run/parameters.h"
-#include "run/sort.h"
-#include "structure/protein.h"
+
+namespace quarnel {
 
 namespace {
 
@@ -22,7 +20,8 @@ struct ContactSums {
   int64_t interW = 0, interC = 0;
 };
 
-ContactSums SumContacts(const Residue* slice, int split, int n) {
+ContactSums SumContacts(const Params& params, const ContactMap& contacts, const Residue* slice,
+                        int split, int n) {
   ContactSums sums;
   for (int a = 0; a < n; ++a) {
     if (a < split)
@@ -31,10 +30,10 @@ ContactSums SumContacts(const Residue* slice, int split, int n) {
       sums.atoms2 += slice[a].natoms;
   }
   for (int a = 0; a < n; ++a) {
-    const Contact* row = ContactMatrix[slice[a].index];
+    const Contact* row = contacts.row(slice[a].index);
     for (int b = a + 1; b < n; ++b) {
       int separation = std::abs(slice[a].index - slice[b].index);
-      if (separation <= ResSep) continue;
+      if (separation <= params.ResSep) continue;
       const Contact& cell = row[slice[b].index];
       if (a < split && b < split) {
         sums.intra1 += cell.count;
@@ -72,27 +71,28 @@ float Penalised(int32_t count, float score) {
 
 }  // namespace
 
-float GoodDomainCut(Residue* slice, int split, int n, CutScores* scores) {
+float GoodDomainCut(const Params& params, const ContactMap& contacts, Residue* slice, int split,
+                    int n, CutScores* scores) {
   *scores = kRejectedCutScores;
   const int res1 = split;
   const int res2 = n - split;
 
-  if (res1 < MinDomainSize || res2 < MinDomainSize) return kRejectedScore;
+  if (res1 < params.MinDomainSize || res2 < params.MinDomainSize) return kRejectedScore;
 
-  const ContactSums sums = SumContacts(slice, split, n);
+  const ContactSums sums = SumContacts(params, contacts, slice, split, n);
 
   const float g1 = F(sums.intra1) / F(sums.atoms1);
   const float g2 = F(sums.intra2) / F(sums.atoms2);
-  if (g1 < MinGlobularity || g2 < MinGlobularity) return kRejectedScore;
-  if (g1 > MinGlobularity && g2 > MinGlobularity) {
+  if (g1 < params.MinGlobularity || g2 < params.MinGlobularity) return kRejectedScore;
+  if (g1 > params.MinGlobularity && g2 > params.MinGlobularity) {
     scores->compact1 = g1;
     scores->compact2 = g2;
   }
 
   const float i1 = F(sums.interC) / F(sums.intra1);
   const float i2 = F(sums.interC) / F(sums.intra2);
-  if (i1 > MaxInteraction || i2 > MaxInteraction) return kRejectedScore;
-  if (i1 < MaxInteraction && i2 < MaxInteraction) {
+  if (i1 > params.MaxInteraction || i2 > params.MaxInteraction) return kRejectedScore;
+  if (i1 < params.MaxInteraction && i2 < params.MaxInteraction) {
     scores->inter1 = i1;
     scores->inter2 = i2;
   }
@@ -102,7 +102,7 @@ float GoodDomainCut(Residue* slice, int split, int n, CutScores* scores) {
   const int32_t seg1 = CountSegments(slice, res1);
   const int32_t seg2 = CountSegments(slice + split, res2);
   SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare2);
-  if (F(res1) / F(seg1) < MinSegRes || F(res2) / F(seg2) < MinSegRes) return kRejectedScore;
+  if (F(res1) / F(seg1) < params.MinSegRes || F(res2) / F(seg2) < params.MinSegRes) return kRejectedScore;
 
   int32_t betapair = 0;
   int32_t betapass = 0;
@@ -114,8 +114,8 @@ float GoodDomainCut(Residue* slice, int split, int n, CutScores* scores) {
         ++betapass;
     }
   }
-  if (betapair >= MaxBetaPair) return kRejectedScore;
-  if (betapass >= MaxBetaPass) return kRejectedScore;
+  if (betapair >= params.MaxBetaPair) return kRejectedScore;
+  if (betapass >= params.MaxBetaPass) return kRejectedScore;
 
   if (sums.interW == 0) {
     scores->interface = 0.0f;
@@ -125,12 +125,12 @@ float GoodDomainCut(Residue* slice, int split, int n, CutScores* scores) {
   const float atomsBoth = F(sums.atoms1 + sums.atoms2);
   const float wnorm = F(sums.interW) * atomsBoth / F(sums.atoms1) / F(sums.atoms2);
   const float cnorm = F(sums.interC) * atomsBoth / F(sums.atoms1) / F(sums.atoms2);
-  if (cnorm > MaxTime) return kRejectedScore;
+  if (cnorm > params.MaxTime) return kRejectedScore;
   scores->interface = cnorm;
 
   const float segmentRatio = F(seg1) * F(seg2) / F(res1) / F(res2);
   float score;
-  if (MaxNumDom == 2) {
+  if (params.MaxNumDom == 2) {
     const float intraRatio = F(sums.intra1) * F(sums.intra2) / F(sums.atoms1) / F(sums.atoms2);
     // Natural logarithms in double precision (std::log of a float would stay in float).
     score = static_cast<float>(std::log(static_cast<double>(wnorm)) +
@@ -140,10 +140,12 @@ float GoodDomainCut(Residue* slice, int split, int n, CutScores* scores) {
     const float atomRatio = F(sums.atoms1) * F(sums.atoms2) / F(sums.intra1) / F(sums.intra2);
     const float f = segmentRatio * atomRatio;
     score = wnorm * f * f;
-    if (MaxNumDom != kDefaultMaxNumDom) {
+    if (params.MaxNumDom != kDefaultMaxNumDom) {
       if (betapair > 0) score = Penalised(betapair, score);
       if (betapass > 0) score = Penalised(betapass, score);
     }
   }
   return score;
 }
+
+}  // namespace quarnel

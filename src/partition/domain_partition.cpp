@@ -2,14 +2,11 @@
 // gives the first side a new domain number, records the cut and divides both sides again,
 // the larger first. Domain numbers, and the random draws of the searches, follow this
 // depth-first, larger-side-first order.
-#include <cstdlib>
-
-#include "contacts/contacts.h"
+#include "base/sort.h"
 #include "partition/multicut.h"
 #include "partition/partition.h"
-#include "run/parameters.h"
-#include "run/sort.h"
-#include "structure/protein.h"
+
+namespace quarnel {
 
 int compare3(const void* a, const void* b) {
   return static_cast<const Residue*>(a)->index - static_cast<const Residue*>(b)->index;
@@ -21,71 +18,54 @@ int compare2(const void* a, const void* b) {
 
 namespace {
 
-// The level's own copy of the weights and CA distances of its residues, by slice position.
-Contact** SubMatrix(const Residue* slice, int n) {
-  Contact** sub = ContactMalloc(n, n);
-  for (int r = 0; r < n; ++r) {
-    const Contact* row = ContactMatrix[slice[r].index];
-    for (int c = 0; c < n; ++c) {
-      const Contact& cell = row[slice[c].index];
-      sub[r][c].weight = cell.weight;
-      sub[r][c].count = 0;
-      sub[r][c].dist2 = cell.dist2;
-    }
-  }
-  return sub;
-}
-
-void RecordCut(int32_t newDomain, int32_t parent, const CutScores& s) {
+void RecordCut(Partition& partition, int32_t newDomain, int32_t parent, const CutScores& s) {
   size_t record = static_cast<size_t>(newDomain - 1);
-  if (cut_history.size() <= record) cut_history.resize(record + 1, kEmptyCutRecord);
-  cut_history[record] = CutRecord{newDomain, parent, newDomain, s.compact2, s.compact1,
-                                  s.inter2, s.inter1, s.interface};
+  if (partition.cuts.size() <= record) partition.cuts.resize(record + 1, kEmptyCutRecord);
+  partition.cuts[record] = CutRecord{newDomain, parent, newDomain, s.compact2, s.compact1,
+                                     s.inter2, s.inter1, s.interface};
 }
 
 }  // namespace
 
-void DomainParition(Residue* slice, int n) {
+void DomainParition(const Engine& engine, Partition& partition, Residue* slice, int n) {
   SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
-  if (static_cast<int64_t>(n) < 2 * static_cast<int64_t>(MinDomainSize)) return;
-  if (DomainNumber >= MaxNumDom) return;
+  if (static_cast<int64_t>(n) < 2 * static_cast<int64_t>(engine.params.MinDomainSize)) return;
+  if (partition.domainCount >= engine.params.MaxNumDom) return;
 
-  Contact** sub = SubMatrix(slice, n);
   int split = 0;
   CutScores scores = kRejectedCutScores;
   int found = 0;
-  try {
-    found = MultiCut(slice, sub, n, &split, &scores);
-  } catch (...) {
-    FreeContacts(sub, n);
-    throw;
+  {
+    // The level's copy of the contacts lives only while its search runs.
+    const LevelMatrix level(engine.contacts, slice, n);
+    found = MultiCut(engine, slice, level, &split, &scores);
   }
-  FreeContacts(sub, n);
-
   // Without an acceptable cut the slice stays one domain, whether or not -noeva was given:
   // the search then provides neither a split nor scores to record.
   if (!found) return;
 
-  const int32_t d = DomainNumber;
+  const int32_t d = partition.domainCount;
   for (int i = 0; i < split; ++i) {
     slice[i].domain = d;
     slice[i].cutscore[0] = scores.compact1;
     slice[i].cutscore[1] = scores.inter1;
     slice[i].cutscore[2] = scores.interface;
   }
-  RecordCut(d, slice[split].domain, scores);
+  RecordCut(partition, d, slice[split].domain, scores);
   for (int i = split; i < n; ++i) {
     slice[i].cutscore[0] = scores.compact2;
     slice[i].cutscore[1] = scores.inter2;
     slice[i].cutscore[2] = scores.interface;
   }
-  DomainNumber += 1;
+  partition.domainCount += 1;
 
   if (n / 2 < split) {
-    DomainParition(slice, split);
-    DomainParition(slice + split, n - split);
+    DomainParition(engine, partition, slice, split);
+    DomainParition(engine, partition, slice + split, n - split);
   } else {
-    DomainParition(slice + split, n - split);
-    DomainParition(slice, split);
+    DomainParition(engine, partition, slice + split, n - split);
+    DomainParition(engine, partition, slice, split);
   }
 }
+
+}  // namespace quarnel

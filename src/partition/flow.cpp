@@ -3,12 +3,9 @@
 // lists and of the searches, so both follow one fixed discipline: arcs go to the front.
 #include "partition/flow.h"
 
-#include <cstdint>
-#include <cstdio>
+#include "base/text.h"
 
-#include "contacts/contacts.h"
-#include "run/fatal.h"
-#include "run/parameters.h"
+namespace quarnel {
 
 namespace {
 
@@ -34,25 +31,17 @@ FlowArc* PushArc(AdjacencyList& list, int tail, int32_t head, int32_t capacity) 
   return arc;
 }
 
-std::vector<WeightedPair> WeightedPairs(Contact** sub, int residues) {
-  std::vector<WeightedPair> pairs;
-  for (int i = 0; i < residues; ++i) {
-    for (int j = i + 1; j < residues; ++j) {
-      if (sub[i][j].weight != 0) pairs.push_back(WeightedPair{i, j, sub[i][j].weight});
-    }
-  }
-  return pairs;
-}
-
-void GenerateGraphFromPairs(const std::vector<WeightedPair>& pairs, int nodes,
-                            const AnchorPair* anchors, FlowNode* flowNodes, AdjacencyList& list) {
-  Source = nodes - 2;
-  Sink = nodes - 1;
+void GenerateGraph(const std::vector<WeightedPair>& pairs, int nodes, const AnchorPair* anchors,
+                   int extremes, FlowNetwork& network) {
+  network.source = nodes - 2;
+  network.sink = nodes - 1;
+  network.nodes.resize(static_cast<size_t>(nodes));
+  AdjacencyList& list = network.list;
   list.arcs.clear();
   list.head.assign(static_cast<size_t>(nodes), nullptr);
-  for (int i = 0; i < nodes; ++i) flowNodes[i].id = i;
+  for (int i = 0; i < nodes; ++i) network.nodes[i] = FlowNode{i, 0};
 
-  for (int k = 0; k < NumExtremes; ++k) PushArc(list, Source, anchors[k].source, kAnchorCapacity);
+  for (int k = 0; k < extremes; ++k) PushArc(list, network.source, anchors[k].source, kAnchorCapacity);
 
   for (const WeightedPair& pair : pairs) {
     FlowArc* forward = PushArc(list, pair.i, pair.j, pair.weight);
@@ -61,12 +50,7 @@ void GenerateGraphFromPairs(const std::vector<WeightedPair>& pairs, int nodes,
     backward->reverse = forward;
   }
 
-  for (int k = 0; k < NumExtremes; ++k) PushArc(list, anchors[k].sink, Sink, kAnchorCapacity);
-}
-
-void GenerateGraph(Contact** sub, int nodes, const AnchorPair* anchors, FlowNode* flowNodes,
-                   AdjacencyList& list) {
-  GenerateGraphFromPairs(WeightedPairs(sub, nodes - 2), nodes, anchors, flowNodes, list);
+  for (int k = 0; k < extremes; ++k) PushArc(list, anchors[k].sink, network.sink, kAnchorCapacity);
 }
 
 void EnQueue(Queue& queue, int32_t node) {
@@ -74,33 +58,35 @@ void EnQueue(Queue& queue, int32_t node) {
   queue.slots[queue.write] = node;
   queue.write = queue.write + 1 == slots ? 0 : queue.write + 1;
   if (queue.read == queue.write + 1)
-    Fatal(30, Stream::kStdout, "The queue size (MAXNUMNODES) is too small. Overflow!!\n");
+    Fail(Status::kQueueOverflow, Stream::kStdout,
+         "The queue size (MAXNUMNODES) is too small. Overflow!!\n");
 }
 
 void DeQueue(Queue& queue) {
   int32_t slots = static_cast<int32_t>(queue.slots.size());
   if (queue.read == slots - 1) {
     queue.read = 0;
-    Fatal(0, Stream::kStdout, "stop !\n");
+    Fail(Status::kQueueStop, Stream::kStdout, "stop !\n");
   }
   queue.read = queue.read + 1;
 }
 
-void FindAugmentingPath(FlowNode* flowNodes, AdjacencyList& list, int nodes,
-                        std::vector<FlowArc*>& path, int* length, int* found) {
+bool FindAugmentingPath(FlowNetwork& network, FlowScratch& scratch, int* length,
+                        std::vector<Message>& messages) {
+  const int nodes = network.size();
+  std::vector<FlowNode>& flowNodes = network.nodes;
   // Every node is queued at most once, so a queue one slot longer than the network never wraps.
-  static std::vector<int32_t> predecessor, distance;
-  static Queue queue;
-  predecessor.assign(static_cast<size_t>(nodes), kNoPredecessor);
-  distance.assign(static_cast<size_t>(nodes), kUnreachedDistance);
+  scratch.predecessor.assign(static_cast<size_t>(nodes), kNoPredecessor);
+  scratch.distance.assign(static_cast<size_t>(nodes), kUnreachedDistance);
+  Queue& queue = scratch.queue;
   queue.slots.assign(static_cast<size_t>(nodes) + 2, 0);
   queue.read = 0;
   queue.write = 0;
 
   for (int v = 0; v < nodes; ++v) flowNodes[v].label = kNotReached;
-  flowNodes[Source].label = kQueued;
-  distance[Source] = 0;
-  EnQueue(queue, Source);
+  flowNodes[network.source].label = kQueued;
+  scratch.distance[network.source] = 0;
+  EnQueue(queue, network.source);
 
   // A node's predecessor is fixed when the node is first reached, so the path to the sink is
   // settled the moment the sink is reached: scanning on to the end of the queue, as the
@@ -110,14 +96,14 @@ void FindAugmentingPath(FlowNode* flowNodes, AdjacencyList& list, int nodes,
   bool reachedSink = false;
   while (queue.read != queue.write && !reachedSink) {
     int32_t u = queue.slots[queue.read];
-    for (FlowArc* arc = list.head[u]; arc != nullptr; arc = arc->next) {
+    for (FlowArc* arc = network.list.head[u]; arc != nullptr; arc = arc->next) {
       int32_t v = arc->head;
       if (arc->residual >= 1 && flowNodes[v].label == kNotReached) {
         flowNodes[v].label = kQueued;
-        distance[v] = distance[u] + 1;
-        predecessor[v] = u;
+        scratch.distance[v] = scratch.distance[u] + 1;
+        scratch.predecessor[v] = u;
         EnQueue(queue, v);
-        if (v == Sink) {
+        if (v == network.sink) {
           reachedSink = true;
           break;
         }
@@ -129,65 +115,51 @@ void FindAugmentingPath(FlowNode* flowNodes, AdjacencyList& list, int nodes,
   }
 
   if (reachedSink) {
-    int32_t sinkDistance = distance[Sink];
-    if (path.size() < static_cast<size_t>(sinkDistance)) path.resize(static_cast<size_t>(sinkDistance));
-    for (int32_t v = Sink; v != Source; v = predecessor[v]) {
-      int32_t u = predecessor[v];
-      FlowArc* arc = list.head[u];
+    int32_t sinkDistance = scratch.distance[network.sink];
+    if (scratch.path.size() < static_cast<size_t>(sinkDistance))
+      scratch.path.resize(static_cast<size_t>(sinkDistance));
+    for (int32_t v = network.sink; v != network.source; v = scratch.predecessor[v]) {
+      int32_t u = scratch.predecessor[v];
+      FlowArc* arc = network.list.head[u];
       while (arc != nullptr && arc->head != v) arc = arc->next;
-      if (arc == nullptr) Fatal(10, Stream::kStdout, "Something is wrong. CHECK -2!!!\n");
-      path[distance[v] - 1] = arc;
+      if (arc == nullptr)
+        Fail(Status::kEngineFault, Stream::kStdout, "Something is wrong. CHECK -2!!!\n");
+      scratch.path[scratch.distance[v] - 1] = arc;
     }
     *length = sinkDistance;
-    *found = 1;
-    return;
+    return true;
   }
 
-  *found = 0;
   // A complete search leaves every node either unreached or scanned.
   for (int v = 0; v < nodes; ++v) {
     if (flowNodes[v].label != kNotReached && flowNodes[v].label != kScanned)
-      std::printf(" WARNING: ndx=%d, Size=%d\n", v, nodes);
+      messages.push_back(Message{Stream::kStdout, Format(" WARNING: ndx=%d, Size=%d\n", v, nodes)});
   }
+  return false;
 }
 
-int32_t DomainBiPartition(FlowNode* flowNodes, AdjacencyList& list, int nodes) {
+int32_t DomainBiPartition(FlowNetwork& network, FlowScratch& scratch, std::vector<Message>& messages) {
   int32_t total = 0;
-  std::vector<FlowArc*> path;
   for (;;) {
     int length = 0;
-    int found = 0;
-    FindAugmentingPath(flowNodes, list, nodes, path, &length, &found);
-    if (!found) return total;
+    if (!FindAugmentingPath(network, scratch, &length, messages)) return total;
+    std::vector<FlowArc*>& path = scratch.path;
 
     int32_t bottleneck = kAnchorCapacity;
     for (int i = 0; i < length; ++i) {
-      if (path[i]->residual < bottleneck)
-        bottleneck = path[i]->residual;
+      if (path[i]->residual < bottleneck) bottleneck = path[i]->residual;
     }
     total += bottleneck;
-    if (bottleneck < 1) Fatal(20, Stream::kStdout, "Something is wrong. CHECK -1!!!\n");
+    if (bottleneck < 1)
+      Fail(Status::kBottleneck, Stream::kStdout, "Something is wrong. CHECK -1!!!\n");
 
     for (int i = 0; i < length; ++i) path[i]->flow += bottleneck;
     // The first arc leaves the source and the last enters the sink: neither has a partner.
-    for (int i = 1; i < length - 1; ++i) {
-      FlowArc* arc = path[i];
-      arc->reverse->flow = -arc->flow;
-    }
-    for (int i = 0; i < length; ++i) {
-      FlowArc* arc = path[i];
-      arc->residual = SaturatedSum(arc->capacity, -arc->flow);
-    }
-    for (int i = 1; i < length - 1; ++i) {
-      FlowArc* arc = path[i];
-      arc->reverse->residual = SaturatedSum(arc->capacity, arc->flow);
-    }
+    for (int i = 1; i < length - 1; ++i) path[i]->reverse->flow = -path[i]->flow;
+    for (int i = 0; i < length; ++i) path[i]->residual = SaturatedSum(path[i]->capacity, -path[i]->flow);
+    for (int i = 1; i < length - 1; ++i)
+      path[i]->reverse->residual = SaturatedSum(path[i]->capacity, path[i]->flow);
   }
 }
 
-// The arcs of every list live in the list's own storage: releasing them all at once releases
-// the lists of all `nodes` nodes.
-void FreeAdjacencyList(AdjacencyList& list, int /*nodes*/) {
-  list.arcs.clear();
-  list.head.clear();
-}
+}  // namespace quarnel

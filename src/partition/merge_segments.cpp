@@ -1,14 +1,12 @@
 // Tidies a candidate labelling along the chain: short loops and short tails take their
 // neighbours' label, except segments rich in bridge partners, which hold beta sheets together.
 #include <cstdint>
-#include <cstdlib>
 #include <vector>
 
+#include "base/sort.h"
 #include "partition/bipartition.h"
-#include "partition/partition.h"
-#include "run/parameters.h"
-#include "run/sort.h"
-#include "structure/protein.h"
+
+namespace quarnel {
 
 namespace {
 
@@ -37,12 +35,12 @@ std::vector<Segment> BuildSegments(const Residue* slice, int n) {
   return segments;
 }
 
-void ProtectBetaSegments(const Residue* slice, std::vector<Segment>& segments) {
+void ProtectBetaSegments(const Params& params, const Residue* slice, std::vector<Segment>& segments) {
   for (Segment& s : segments) {
     for (int i = s.start; i <= s.end; ++i) {
-      if (slice[i].bridge1 != -1 || slice[i].bridge2 != -1) ++s.bridged;
+      if (slice[i].bridge1 != kNoPartner || slice[i].bridge2 != kNoPartner) ++s.bridged;
     }
-    if (static_cast<int64_t>(s.bridged) >= static_cast<int64_t>(MaxBetaPair) - 1)
+    if (static_cast<int64_t>(s.bridged) >= static_cast<int64_t>(params.MaxBetaPair) - 1)
       s.length = kProtectedLength;
   }
 }
@@ -56,9 +54,10 @@ void Relabel(Residue* slice, const Segment& s, int32_t part, int32_t mark) {
 
 // Inner segments no longer than MaxLoop, shortest first (the lower-numbered on ties), take the
 // label of the residue before them and fuse with both neighbours.
-void MergeInnerSegments(Residue* slice, std::vector<Segment>& segments, int& last) {
+void MergeInnerSegments(const Params& params, Residue* slice, std::vector<Segment>& segments,
+                        int& last) {
   int32_t shortest = 0;
-  while (shortest <= MaxLoop && last > 1) {
+  while (shortest <= params.MaxLoop && last > 1) {
     int found = -1;
     for (int s = 1; s <= last - 1; ++s) {
       if (segments[s].length < kProtectedLength && (found < 0 || segments[s].length < shortest)) {
@@ -67,7 +66,7 @@ void MergeInnerSegments(Residue* slice, std::vector<Segment>& segments, int& las
       }
     }
     if (found < 0) break;
-    if (shortest > MaxLoop) continue;
+    if (shortest > params.MaxLoop) continue;
 
     const Segment merged = segments[found];
     Relabel(slice, merged, slice[merged.start - 1].part, kMergedLoop);
@@ -83,29 +82,31 @@ void MergeInnerSegments(Residue* slice, std::vector<Segment>& segments, int& las
   }
 }
 
-bool ShortTerminal(const Segment& s, bool atChainEnd) {
-  return (s.length <= MaxTerm && atChainEnd) || (s.length <= MaxLoop && !atChainEnd);
+bool ShortTerminal(const Params& params, const Segment& s, bool atChainEnd) {
+  return (s.length <= params.MaxTerm && atChainEnd) || (s.length <= params.MaxLoop && !atChainEnd);
 }
 
 }  // namespace
 
-void MergeSegments(Residue* slice, int n) {
+void MergeSegments(const Params& params, Residue* slice, int n) {
   SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
   if (n <= 0) return;
 
   std::vector<Segment> segments = BuildSegments(slice, n);
   int last = static_cast<int>(segments.size()) - 1;
-  ProtectBetaSegments(slice, segments);
-  MergeInnerSegments(slice, segments, last);
+  ProtectBetaSegments(params, slice, segments);
+  MergeInnerSegments(params, slice, segments, last);
 
   if (last < 1) return;
   // The segment table is not rebuilt here: the last segment's test reads the residue before it
   // after the first segment may have been relabelled.
   const Segment head = segments[0];
-  if (ShortTerminal(head, slice[0].index == 0))
+  if (ShortTerminal(params, head, slice[0].index == 0))
     Relabel(slice, head, slice[head.end + 1].part, kMergedTerminal);
   // The slice's last residue is compared with the slice length, not with the chain's.
   const Segment tail = segments[last];
-  if (ShortTerminal(tail, slice[n - 1].index == n - 1))
+  if (ShortTerminal(params, tail, slice[n - 1].index == n - 1))
     Relabel(slice, tail, slice[tail.start - 1].part, kMergedTerminal);
 }
+
+}  // namespace quarnel

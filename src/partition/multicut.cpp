@@ -1,29 +1,27 @@
 // The search of one partition level. Anchor residues far apart in space are chosen; many
 // source/sink samples are drawn around them and across their axis; each sample is one flow
 // problem whose candidate cuts are judged; the best acceptable cut over all samples wins.
-// The random draws follow one fixed order (all draws happen while the sample list is built,
-// none while the flow problems are solved), so a run always repeats itself.
+// Every random draw happens while the sample list is built, none while the flow problems are
+// solved, so a run always repeats itself.
 #include "partition/multicut.h"
 
 #include <cmath>
 #include <cstdlib>
 
-#include "contacts/contacts.h"
+#include "base/sort.h"
+#include "base/text.h"
 #include "partition/bipartition.h"
 #include "partition/flow.h"
-#include "run/fatal.h"
-#include "run/parameters.h"
-#include "run/sort.h"
-#include "run/textio.h"
-#include "structure/protein.h"
+
+namespace quarnel {
 
 namespace {
 
-constexpr double kFarthestLimit = 998800.01;       // CA distances above this are not pairs
+constexpr double kFarthestLimit = 998800.01;  // CA distances above this are not pairs
 constexpr double kAcrossSplitLimit = 999700.01;
-constexpr int kSplitMargin = 35;                   // residues on each side of a tested split
+constexpr int kSplitMargin = 35;              // residues on each side of a tested split
 constexpr float kNoSplitYet = 1000000.0f;
-constexpr int32_t kMaxFlowToJudge = 1999999;        // more means shared anchor residues
+constexpr int32_t kMaxFlowToJudge = 1999999;  // more means shared anchor residues
 constexpr double kFiveDegrees = 0.08726646111111111;  // 5 x 3.1415926 / 180
 constexpr int32_t kMergedCode = 100;
 
@@ -32,23 +30,30 @@ struct Sample {
   int32_t sink;
 };
 
-// A random pick among the first m entries of a list.
-int RandomPick(int m) { return static_cast<int>(drand48() * m); }
+// What one sample's flow problem gave.
+struct SampleOutcome {
+  bool judged = false;  // false when its flow was too large to enumerate
+  float score = kRejectedScore;
+  CutScores scores = kRejectedCutScores;
+  std::vector<int32_t> labels;  // part, plus kMergedCode when merged, by slice position
+};
 
 // The slice's residues by CA distance from one residue, nearest first.
-std::vector<DistanceEntry> SortedByDistance(Contact** sub, int n, int from) {
-  std::vector<DistanceEntry> list(n);
-  for (int i = 0; i < n; ++i) list[i] = DistanceEntry{i, sub[from][i].dist2};
+std::vector<DistanceEntry> SortedByDistance(const LevelMatrix& level, int from) {
+  const int n = level.size();
+  std::vector<DistanceEntry> list(static_cast<size_t>(n));
+  for (int i = 0; i < n; ++i) list[i] = DistanceEntry{i, level.at(from, i).dist2};
   SortRecords(list.data(), list.size(), sizeof(DistanceEntry), compare1);
   return list;
 }
 
-bool FarthestPair(Contact** sub, int n, int* a, int* b) {
+bool FarthestPair(const LevelMatrix& level, int* a, int* b) {
+  const int n = level.size();
   float best = 0.0f;
   bool found = false;
   for (int i = 0; i < n; ++i) {
     for (int j = i + 1; j < n; ++j) {
-      float d = sub[i][j].dist2;
+      float d = level.at(i, j).dist2;
       if (d > best && static_cast<double>(d) < kFarthestLimit) {
         best = d;
         *a = i;
@@ -61,10 +66,11 @@ bool FarthestPair(Contact** sub, int n, int* a, int* b) {
 }
 
 // The weight across a split at k, accumulated in single precision in row order.
-float CrossWeightInFloat(Contact** sub, int n, int k) {
+float CrossWeightInFloat(const LevelMatrix& level, int k) {
+  const int n = level.size();
   float sum = 0.0f;
   for (int a = 0; a < k; ++a)
-    for (int b = k; b < n; ++b) sum += static_cast<float>(sub[a][b].weight);
+    for (int b = k; b < n; ++b) sum += static_cast<float>(level.at(a, b).weight);
   return sum;
 }
 
@@ -72,34 +78,34 @@ float CrossWeightInFloat(Contact** sub, int n, int k) {
 // exactly in 64 bits and updated from one k to the next; while every partial sum stays within
 // the 24 bits a float holds exactly, the single-precision accumulation gives the same value,
 // and only beyond that is it redone term by term.
-int SequenceSplit(Contact** sub, int n) {
+int SequenceSplit(const LevelMatrix& level) {
   constexpr int64_t kExactInFloat = int64_t{1} << 24;
+  const int n = level.size();
   int split = n / 2;
   float best = kNoSplitYet;
-  int first = kSplitMargin;
+  const int first = kSplitMargin;
   if (first >= n - kSplitMargin) return split;
 
   int64_t sum = 0, magnitude = 0;
   for (int a = 0; a < first; ++a) {
     for (int b = first; b < n; ++b) {
-      sum += sub[a][b].weight;
-      magnitude += std::llabs(sub[a][b].weight);
+      sum += level.at(a, b).weight;
+      magnitude += std::llabs(level.at(a, b).weight);
     }
   }
   for (int k = first; k < n - kSplitMargin; ++k) {
     if (k > first) {
       // Residue k-1 moves to the left side.
       for (int a = 0; a < k - 1; ++a) {
-        sum -= sub[a][k - 1].weight;
-        magnitude -= std::llabs(sub[a][k - 1].weight);
+        sum -= level.at(a, k - 1).weight;
+        magnitude -= std::llabs(level.at(a, k - 1).weight);
       }
       for (int b = k; b < n; ++b) {
-        sum += sub[k - 1][b].weight;
-        magnitude += std::llabs(sub[k - 1][b].weight);
+        sum += level.at(k - 1, b).weight;
+        magnitude += std::llabs(level.at(k - 1, b).weight);
       }
     }
-    float cross = magnitude <= kExactInFloat ? static_cast<float>(sum)
-                                             : CrossWeightInFloat(sub, n, k);
+    float cross = magnitude <= kExactInFloat ? static_cast<float>(sum) : CrossWeightInFloat(level, k);
     float value = cross / static_cast<float>(k) / static_cast<float>(n - k);
     if (value < best) {
       best = value;
@@ -109,11 +115,12 @@ int SequenceSplit(Contact** sub, int n) {
   return split;
 }
 
-void FarthestAcross(Contact** sub, int n, int split, int* a, int* b) {
+void FarthestAcross(const LevelMatrix& level, int split, int* a, int* b) {
+  const int n = level.size();
   float best = 0.0f;
   for (int i = 0; i < split; ++i) {
     for (int j = split; j < n; ++j) {
-      float d = sub[i][j].dist2;
+      float d = level.at(i, j).dist2;
       if (d > best && static_cast<double>(d) < kAcrossSplitLimit) {
         best = d;
         *a = i;
@@ -132,44 +139,139 @@ int FindResidue(const Residue* slice, int n, int32_t resnum) {
 
 // Samples around two anchors: the anchors themselves, then sources drawn near the first and
 // then sinks drawn near the second.
-void DrawAroundAnchors(Contact** sub, int n, int a, int b, std::vector<Sample>& samples) {
-  const int extremes = NumExtremes > 0 ? NumExtremes : 0;
+void DrawAroundAnchors(const Params& params, Rand48& random, const LevelMatrix& level, int a, int b,
+                       std::vector<Sample>& samples) {
+  const int extremes = params.NumExtremes > 0 ? params.NumExtremes : 0;
   size_t first = samples.size();
   samples.push_back(Sample{a, b});
-  std::vector<DistanceEntry> near = SortedByDistance(sub, n, a);
-  for (int s = 1; s < NumSamplePoints; ++s)
-    samples.push_back(Sample{near[RandomPick(extremes)].position, 0});
-  near = SortedByDistance(sub, n, b);
-  for (int s = 1; s < NumSamplePoints; ++s)
-    samples[first + s].sink = near[RandomPick(extremes)].position;
+  std::vector<DistanceEntry> near = SortedByDistance(level, a);
+  for (int s = 1; s < params.NumSamplePoints; ++s)
+    samples.push_back(Sample{near[random.Pick(extremes)].position, 0});
+  near = SortedByDistance(level, b);
+  for (int s = 1; s < params.NumSamplePoints; ++s)
+    samples[first + s].sink = near[random.Pick(extremes)].position;
 }
 
-void DrawAcrossAxis(const std::vector<Point3f>& points, int n, int a, int b,
-                    std::vector<Sample>& samples) {
-  std::vector<PointPair> pairs;
-  int count = 0;
-  SelectNewPoints(points.data(), n, points[a], points[b], pairs, &count);
-  int m = count < NumSamplePoints ? count : NumSamplePoints;
+void DrawAcrossAxis(const Params& params, Rand48& random, const std::vector<Point3f>& points, int a,
+                    int b, std::vector<Sample>& samples) {
+  const int n = static_cast<int>(points.size());
+  std::vector<PointPair> pairs = SelectNewPoints(points.data(), n, points[a], points[b]);
+  const int count = static_cast<int>(pairs.size());
+  const int m = count < params.NumSamplePoints ? count : params.NumSamplePoints;
   if (m < 1) return;
   samples.push_back(Sample{pairs[0].first, pairs[0].second});
   for (int s = 1; s < m; ++s) {
-    int32_t source = pairs[RandomPick(m)].first;
-    int32_t sink = pairs[RandomPick(m)].second;
+    int32_t source = pairs[random.Pick(m)].first;
+    int32_t sink = pairs[random.Pick(m)].second;
     samples.push_back(Sample{source, sink});
   }
 }
 
+// Chooses the anchors of the level and draws every sample; nothing later draws a number.
+// Returns false when the level has no anchors (too few residues, no farthest pair).
+bool BuildSamples(const Engine& engine, const Residue* slice, const LevelMatrix& level,
+                  std::vector<Sample>& samples) {
+  const Params& params = engine.params;
+  RunContext& context = engine.context;
+  const int n = level.size();
+  int a = 0, b = 0;
+  const bool userAnchors = context.anchorMode == 1;
+  if (userAnchors) {
+    a = FindResidue(slice, n, params.Extreme1);
+    b = FindResidue(slice, n, params.Extreme2);
+    if (a < 0 || b < 0)
+      Fail(Status::kEngineFault, Stream::kStdout,
+           Format("Extremal points unfound (%d, %d). Quit!\n", params.Extreme1, params.Extreme2));
+    context.anchorMode = 0;
+  }
+  // The source and sink sets need NumExtremes residues each.
+  if (n < params.NumExtremes || params.NumSamplePoints < 1) return false;
+
+  int acrossA = a, acrossB = b;
+  if (!userAnchors) {
+    if (!FarthestPair(level, &a, &b)) return false;
+    acrossA = a;
+    acrossB = b;
+    FarthestAcross(level, SequenceSplit(level), &acrossA, &acrossB);
+  }
+
+  DrawAroundAnchors(params, context.random, level, a, b, samples);
+  std::vector<Point3f> points(static_cast<size_t>(n));
+  for (int i = 0; i < n; ++i) {
+    points[i] = Point3f{static_cast<float>(slice[i].ca[0]), static_cast<float>(slice[i].ca[1]),
+                        static_cast<float>(slice[i].ca[2])};
+  }
+  DrawAcrossAxis(params, context.random, points, a, b, samples);
+  if (!userAnchors && (acrossA != a || acrossB != b))
+    DrawAroundAnchors(params, context.random, level, acrossA, acrossB, samples);
+  return true;
+}
+
+std::vector<WeightedPair> WeightedPairs(const LevelMatrix& level) {
+  const int n = level.size();
+  std::vector<WeightedPair> pairs;
+  for (int i = 0; i < n; ++i) {
+    for (int j = i + 1; j < n; ++j) {
+      if (level.at(i, j).weight != 0) pairs.push_back(WeightedPair{i, j, level.at(i, j).weight});
+    }
+  }
+  return pairs;
+}
+
+// One sample's flow problem and its best candidate cut. The slice is reordered and relabelled.
+SampleOutcome EvaluateSample(const Engine& engine, const LevelMatrix& level,
+                             const std::vector<WeightedPair>& weighted, const Sample& sample,
+                             Residue* slice, FlowNetwork& network) {
+  const Params& params = engine.params;
+  const int n = level.size();
+  std::vector<DistanceEntry> nearSource = SortedByDistance(level, sample.source);
+  std::vector<DistanceEntry> nearSink = SortedByDistance(level, sample.sink);
+  std::vector<AnchorPair> anchors(static_cast<size_t>(params.NumExtremes));
+  for (int k = 0; k < params.NumExtremes; ++k)
+    anchors[k] = AnchorPair{nearSource[k].position, nearSink[k].position};
+
+  GenerateGraph(weighted, n + 2, anchors.data(), params.NumExtremes, network);
+  int32_t flow = DomainBiPartition(network, engine.context.flow, engine.context.messages);
+
+  SampleOutcome outcome;
+  if (flow <= kMaxFlowToJudge || params.MaxNumDom == kDefaultMaxNumDom) {
+    outcome.judged = true;
+    outcome.score = GenerateAllBiPartition(params, engine.contacts, network, slice, &outcome.scores);
+    outcome.labels.resize(static_cast<size_t>(n));
+    for (int i = 0; i < n; ++i)
+      outcome.labels[i] = slice[i].part + (slice[i].merged > 0 ? kMergedCode : 0);
+  }
+  return outcome;
+}
+
 }  // namespace
 
+LevelMatrix::LevelMatrix(const ContactMap& contacts, const Residue* slice, int n)
+    : n_(n > 0 ? n : 0) {
+  try {
+    cells_.resize(static_cast<size_t>(n_) * static_cast<size_t>(n_));
+  } catch (const std::bad_alloc&) {
+    AllocationFailed();
+  }
+  for (int r = 0; r < n_; ++r) {
+    const Contact* row = contacts.row(slice[r].index);
+    for (int c = 0; c < n_; ++c) {
+      const Contact& cell = row[slice[c].index];
+      cells_[static_cast<size_t>(r) * static_cast<size_t>(n_) + static_cast<size_t>(c)] =
+          Cell{cell.weight, cell.dist2};
+    }
+  }
+}
+
 int compare1(const void* a, const void* b) {
-  float difference = static_cast<const DistanceEntry*>(a)->key -
-                     static_cast<const DistanceEntry*>(b)->key;
+  float difference =
+      static_cast<const DistanceEntry*>(a)->key - static_cast<const DistanceEntry*>(b)->key;
   return TruncToInt(difference);
 }
 
 int comparepair(const void* a, const void* b) {
-  float difference = static_cast<const PointPair*>(b)->distance -
-                     static_cast<const PointPair*>(a)->distance;
+  float difference =
+      static_cast<const PointPair*>(b)->distance - static_cast<const PointPair*>(a)->distance;
   return TruncToInt(difference);
 }
 
@@ -186,11 +288,10 @@ static float PointDistance(Point3f p, Point3f q) {
   return static_cast<float>(std::sqrt(static_cast<double>(squared)));
 }
 
-void SelectNewPoints(const Point3f* coords, int n, Point3f a, Point3f b,
-                     std::vector<PointPair>& pairs, int* count) {
+std::vector<PointPair> SelectNewPoints(const Point3f* coords, int n, Point3f a, Point3f b) {
   const float s = static_cast<float>(std::sin(kFiveDegrees));
   const float bigD = PointDistance(a, b);
-  pairs.clear();
+  std::vector<PointPair> pairs;
   for (int p = 0; p < n; ++p) {
     for (int q = p + 1; q < n; ++q) {
       float d = PointDistance(coords[p], coords[q]);
@@ -199,77 +300,30 @@ void SelectNewPoints(const Point3f* coords, int n, Point3f a, Point3f b,
         pairs.push_back(PointPair{p, q, d});
     }
   }
-  *count = static_cast<int>(pairs.size());
   SortRecords(pairs.data(), pairs.size(), sizeof(PointPair), comparepair);
+  return pairs;
 }
 
-int MultiCut(Residue* slice, Contact** sub, int n, int* split, CutScores* scores) {
-  int a = 0, b = 0;
-  const bool userAnchors = FlagExtremes == 1;
-  if (userAnchors) {
-    a = FindResidue(slice, n, Extreme1);
-    b = FindResidue(slice, n, Extreme2);
-    if (a < 0 || b < 0)
-      Fatal(10, Stream::kStdout,
-            Format("Extremal points unfound (%d, %d). Quit!\n", Extreme1, Extreme2));
-    FlagExtremes = 0;
-  }
-  // The source and sink sets need NumExtremes residues each.
-  if (n < NumExtremes || NumSamplePoints < 1) return 0;
-
-  int acrossA = a, acrossB = b;
-  if (!userAnchors) {
-    if (!FarthestPair(sub, n, &a, &b)) return 0;
-    acrossA = a;
-    acrossB = b;
-    FarthestAcross(sub, n, SequenceSplit(sub, n), &acrossA, &acrossB);
-  }
-
+int MultiCut(const Engine& engine, Residue* slice, const LevelMatrix& level, int* split,
+             CutScores* scores) {
+  const int n = level.size();
   std::vector<Sample> samples;
-  DrawAroundAnchors(sub, n, a, b, samples);
+  if (!BuildSamples(engine, slice, level, samples)) return 0;
 
-  std::vector<Point3f> points(n);
-  for (int i = 0; i < n; ++i) {
-    points[i] = Point3f{static_cast<float>(slice[i].ca[0]), static_cast<float>(slice[i].ca[1]),
-                        static_cast<float>(slice[i].ca[2])};
-  }
-  DrawAcrossAxis(points, n, a, b, samples);
-
-  if (!userAnchors && (acrossA != a || acrossB != b))
-    DrawAroundAnchors(sub, n, acrossA, acrossB, samples);
-
-  const int nodes = n + 2;
-  const std::vector<WeightedPair> weighted = WeightedPairs(sub, n);
-  std::vector<FlowNode> flowNodes(nodes);
-  AdjacencyList list;
-  std::vector<AnchorPair> anchors(NumExtremes);
-  std::vector<int32_t> bestLabels(n);
+  const std::vector<WeightedPair> weighted = WeightedPairs(level);
+  FlowNetwork network;
+  std::vector<int32_t> bestLabels;
   CutScores bestScores = kRejectedCutScores;
   float bestScore = kRejectedScore;
-
   for (const Sample& sample : samples) {
-    std::vector<DistanceEntry> nearSource = SortedByDistance(sub, n, sample.source);
-    std::vector<DistanceEntry> nearSink = SortedByDistance(sub, n, sample.sink);
-    for (int k = 0; k < NumExtremes; ++k)
-      anchors[k] = AnchorPair{nearSource[k].position, nearSink[k].position};
-
-    GenerateGraphFromPairs(weighted, nodes, anchors.data(), flowNodes.data(), list);
-    int32_t flow = DomainBiPartition(flowNodes.data(), list, nodes);
-
-    if (flow <= kMaxFlowToJudge || MaxNumDom == kDefaultMaxNumDom) {
-      CutScores sampleScores;
-      float score = GenerateAllBiPartition(flowNodes.data(), list, slice, nodes, &sampleScores);
-      // Only the earliest strictly lowest sample can win, so only its labels are kept.
-      if (score < bestScore) {
-        bestScore = score;
-        bestScores = sampleScores;
-        for (int i = 0; i < n; ++i)
-          bestLabels[i] = slice[i].part + (slice[i].merged > 0 ? kMergedCode : 0);
-      }
+    SampleOutcome outcome = EvaluateSample(engine, level, weighted, sample, slice, network);
+    // Only the earliest strictly lowest sample can win, so only its labels are kept.
+    if (outcome.judged && outcome.score < bestScore) {
+      bestScore = outcome.score;
+      bestScores = outcome.scores;
+      bestLabels = std::move(outcome.labels);
     }
-    FreeAdjacencyList(list, nodes);
   }
-
   if (bestScore >= kRejectedScore || bestScore > kWorstAcceptedScore) return 0;
 
   *scores = bestScores;
@@ -293,3 +347,5 @@ int MultiCut(Residue* slice, Contact** sub, int n, int* split, CutScores* scores
   }
   return 1;
 }
+
+}  // namespace quarnel

@@ -7,8 +7,26 @@
 
 #include "partition/partition.h"
 
-struct Residue;
-struct Contact;
+namespace quarnel {
+
+// A level's own copy of the weights and CA distances of its residues, by slice position.
+class LevelMatrix {
+ public:
+  struct Cell {
+    int32_t weight;
+    float dist2;
+  };
+  LevelMatrix(const ContactMap& contacts, const Residue* slice, int n);
+
+  int size() const { return n_; }
+  const Cell& at(int r, int c) const {
+    return cells_[static_cast<size_t>(r) * static_cast<size_t>(n_) + static_cast<size_t>(c)];
+  }
+
+ private:
+  int n_;
+  std::vector<Cell> cells_;
+};
 
 struct DistanceEntry {
   int32_t position;
@@ -27,9 +45,14 @@ struct PointPair {
 int compare1(const void* a, const void* b);
 int comparepair(const void* a, const void* b);
 
-// Returns 1 and fills split and scores when the level has an acceptable cut, else 0.
-int MultiCut(Residue* slice, Contact** sub, int n, int* split, CutScores* scores);
+// Returns 1 and fills split and scores when the level has an acceptable cut, else 0. On 1 the
+// slice holds the first side (part 0) before the split position and the second after it.
+int MultiCut(const Engine& engine, Residue* slice, const LevelMatrix& level, int* split,
+             CutScores* scores);
 
-void SelectNewPoints(const Point3f* coords, int n, Point3f a, Point3f b,
-                     std::vector<PointPair>& pairs, int* count);
+// The pairs of positions whose segment is nearly perpendicular to the segment a-b and longer
+// than half of it, longest first.
+std::vector<PointPair> SelectNewPoints(const Point3f* coords, int n, Point3f a, Point3f b);
 int WithinBoundary(Point3f p, Point3f q, float d, Point3f a, Point3f b, float s, float bigD);
+
+}  // namespace quarnel

@@ -1,10 +1,15 @@
-// Recursive bisection of the chain into domains, and the record of every cut made.
+// Recursive bisection of a chain into domains, and the record of every cut made.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
-struct Residue;
+#include "base/params.h"
+#include "contacts/contacts.h"
+#include "partition/context.h"
+#include "structure/protein.h"
+
+namespace quarnel {
 
 // The five scores of a candidate cut; lower is better where a score is returned with them.
 struct CutScores {
@@ -33,11 +38,25 @@ struct CutRecord {
 constexpr int kInitialCutRecords = 15;
 constexpr CutRecord kEmptyCutRecord = {999, 999, 999, 999.0f, 999.0f, 0.0f, 0.0f, 999.0f};
 
-extern int32_t DomainNumber;
-extern std::vector<CutRecord> cut_history;
+// The domains made so far: their count and the record of every cut, in the order made.
+struct Partition {
+  int32_t domainCount = 1;
+  std::vector<CutRecord> cuts = std::vector<CutRecord>(kInitialCutRecords, kEmptyCutRecord);
+};
+
+// What every level of one run reads, and the run context it draws from.
+struct Engine {
+  const Params& params;
+  const ContactMap& contacts;
+  RunContext& context;
+};
 
 // qsort comparators on Residue records: by index (chain order) and by part.
 int compare3(const void* a, const void* b);
 int compare2(const void* a, const void* b);
 
-void DomainParition(Residue* slice, int n);
+// Divides the slice of n residues recursively; every residue gets its domain number and the
+// scores of the cut that made it, and `partition` every cut.
+void DomainParition(const Engine& engine, Partition& partition, Residue* slice, int n);
+
+}  // namespace quarnel

@@ -1,9 +1,14 @@
-// The residue model every subsystem works on, and the PDB reader that fills it.
+// The residue model every part of the engine works on, and the PDB reader that fills it from
+// the ATOM records of a structure's text.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "base/text.h"
+
+namespace quarnel {
 
 struct Atom {
   int32_t backbone;  // 1 for "CA ", "N  ", "C  ", "O  "
@@ -11,10 +16,16 @@ struct Atom {
   char name[4];      // columns 14-16
   double x, y, z;
   double occupancy;
+  // Further columns, kept for secondary structure and for model confidence; the engine does
+  // not read them.
+  char fullName[5];  // columns 13-16 as written
+  char altloc;       // column 17
+  double bfactor;    // columns 61-66
+  char element[3];   // columns 77-78
 };
 
-// Kept trivially copyable: slices of Protein are reordered in place with qsort. A residue's
-// identity is its index (position in the file), never its place in the array.
+// Kept trivially copyable: slices of the residue array are reordered in place with qsort. A
+// residue's identity is its index (position in the file), never its place in the array.
 struct Residue {
   int32_t merged;
   int32_t index;
@@ -23,8 +34,8 @@ struct Residue {
   char icode;
   char resname[4];
   int32_t natoms;
-  Atom* atoms;       // into AtomPool
-  double ca[3];      // CA (or a nucleotide's P); 999.9 each when the residue has none
+  int32_t firstAtom;  // its atoms are Structure::atoms[firstAtom .. firstAtom + natoms)
+  double ca[3];       // CA (or a nucleotide's P); kNoCoordinate each when the residue has none
   int32_t domain;
   int32_t part;
   char ss;
@@ -34,10 +45,21 @@ struct Residue {
 };
 
 constexpr double kNoCoordinate = 999.9;
+constexpr int32_t kNoPartner = -1;
 
-extern std::vector<Residue> Protein;
-extern int32_t ProteinSize;
-extern std::vector<Atom> AtomPool;  // every stored atom, residue after residue
+struct Structure {
+  std::vector<Atom> atoms;        // every stored atom, residue after residue
+  std::vector<Residue> residues;  // in file order after reading
 
-// Reads the ATOM records of TemplateName into Protein and ProteinSize.
-void GetProtein();
+  int32_t size() const { return static_cast<int32_t>(residues.size()); }
+  const Atom* AtomsOf(const Residue& residue) const { return atoms.data() + residue.firstAtom; }
+};
+
+// Reads the ATOM records of the first model, every chain, without hydrogens. Fails with the
+// designed open and sufficiency messages; `source.name()` is the file name they give.
+Structure ReadStructure(const LineSource& source);
+
+// Every residue in coil with no bridge partner: the state of a run without secondary structure.
+void SetSecondaryStructureDefaults(std::vector<Residue>& residues);
+
+}  // namespace quarnel

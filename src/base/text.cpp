@@ -1,0 +1,126 @@
+// Line sources and field helpers for the fixed-format readers.
+#include "base/text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdarg>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+namespace quarnel {
+
+namespace {
+
+class FileReader final : public LineReader {
+ public:
+  explicit FileReader(std::FILE* file) : file_(file) {}
+  ~FileReader() override { std::fclose(file_); }
+  FileReader(const FileReader&) = delete;
+  FileReader& operator=(const FileReader&) = delete;
+
+  bool Next(std::string& line) override {
+    char buffer[kLineBuffer];
+    if (std::fgets(buffer, kLineBuffer, file_) == nullptr) {
+      line.clear();
+      return false;
+    }
+    line.assign(buffer, std::strlen(buffer));
+    return true;
+  }
+  bool Failed() const override { return std::ferror(file_) != 0; }
+
+ private:
+  std::FILE* file_;
+};
+
+// The pieces fgets would return from the same bytes in a file.
+class TextReader final : public LineReader {
+ public:
+  explicit TextReader(std::shared_ptr<const std::string> text) : text_(std::move(text)) {}
+
+  bool Next(std::string& line) override {
+    const std::string& text = *text_;
+    if (position_ >= text.size()) {
+      line.clear();
+      return false;
+    }
+    size_t limit = std::min(text.size(), position_ + (kLineBuffer - 1));
+    size_t newline = text.find('\n', position_);
+    size_t end = newline != std::string::npos && newline < limit ? newline + 1 : limit;
+    size_t nul = text.find('\0', position_);
+    size_t content = nul != std::string::npos && nul < end ? nul : end;
+    line.assign(text, position_, content - position_);
+    position_ = end;
+    return true;
+  }
+  bool Failed() const override { return false; }
+
+ private:
+  std::shared_ptr<const std::string> text_;
+  size_t position_ = 0;
+};
+
+size_t ContentLength(const std::string& line) {
+  size_t length = line.size();
+  if (length > 0 && line[length - 1] == '\n') --length;
+  return length;
+}
+
+}  // namespace
+
+std::unique_ptr<LineReader> FileSource::Open() const {
+  std::FILE* file = std::fopen(path_.c_str(), "r");
+  if (file == nullptr) return nullptr;
+  return std::make_unique<FileReader>(file);
+}
+
+std::unique_ptr<LineReader> TextSource::Open() const { return std::make_unique<TextReader>(text_); }
+
+std::string Columns(const std::string& line, int first, int last) {
+  size_t length = ContentLength(line);
+  if (first < 1 || last < first || static_cast<size_t>(first) > length) return std::string();
+  size_t begin = static_cast<size_t>(first - 1);
+  size_t end = std::min(length, static_cast<size_t>(last));
+  return line.substr(begin, end - begin);
+}
+
+char Column(const std::string& line, int column) {
+  if (column < 1 || static_cast<size_t>(column) > ContentLength(line)) return ' ';
+  return line[static_cast<size_t>(column - 1)];
+}
+
+bool StartsWith(const std::string& line, const char* prefix) {
+  return line.compare(0, std::strlen(prefix), prefix) == 0;
+}
+
+int AtoiField(const std::string& field) { return std::atoi(field.c_str()); }
+
+double AtofField(const std::string& field) { return std::atof(field.c_str()); }
+
+int TruncToInt(double value) {
+  if (std::isnan(value)) return 0;
+  if (value >= 2147483647.0) return std::numeric_limits<int>::max();
+  if (value <= -2147483648.0) return std::numeric_limits<int>::min();
+  return static_cast<int>(value);
+}
+
+std::string Format(const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  va_list again;
+  va_copy(again, args);
+  int length = std::vsnprintf(nullptr, 0, format, args);
+  va_end(args);
+  std::string result;
+  if (length > 0) {
+    std::vector<char> buffer(static_cast<size_t>(length) + 1);
+    std::vsnprintf(buffer.data(), buffer.size(), format, again);
+    result.assign(buffer.data(), static_cast<size_t>(length));
+  }
+  va_end(again);
+  return result;
+}
+
+}  // namespace quarnel

@@ -1,0 +1,80 @@
+// Sources of text lines (a file, or text held in memory) and the fixed-column field helpers of
+// the PDB and DSSP readers.
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+namespace quarnel {
+
+// Records are read the way a 300-byte line buffer reads them: at most 299 characters at a
+// time, so a longer line comes back in pieces, each taken as a line of its own. The newline,
+// when the piece has one, is kept. Text after a NUL byte in a piece is dropped, as for a C
+// string. Files and text in memory give exactly the same pieces.
+constexpr int kLineBuffer = 300;
+
+class LineReader {
+ public:
+  virtual ~LineReader() = default;
+  // The next piece; false at the end of the text.
+  virtual bool Next(std::string& line) = 0;
+  // True when reading stopped on an error rather than at the end (a directory, an I/O error).
+  virtual bool Failed() const = 0;
+};
+
+// Text that can be read from its start any number of times, by several readers at once.
+class LineSource {
+ public:
+  virtual ~LineSource() = default;
+  // A reader from the first line; nullptr when the text cannot be opened.
+  virtual std::unique_ptr<LineReader> Open() const = 0;
+  // The name messages give the text (a file name).
+  virtual const std::string& name() const = 0;
+};
+
+class FileSource final : public LineSource {
+ public:
+  explicit FileSource(std::string path) : path_(std::move(path)) {}
+  std::unique_ptr<LineReader> Open() const override;
+  const std::string& name() const override { return path_; }
+
+ private:
+  std::string path_;
+};
+
+class TextSource final : public LineSource {
+ public:
+  TextSource(std::string name, std::string text)
+      : name_(std::move(name)), text_(std::make_shared<const std::string>(std::move(text))) {}
+  std::unique_ptr<LineReader> Open() const override;
+  const std::string& name() const override { return name_; }
+  const std::string& text() const { return *text_; }
+
+ private:
+  std::string name_;
+  std::shared_ptr<const std::string> text_;
+};
+
+// Fields by 1-based column, as the format tables give them. A field reaching past the end of
+// the line (the newline does not count as content) is cut short; a single column past the end
+// reads as a blank.
+std::string Columns(const std::string& line, int first, int last);
+char Column(const std::string& line, int column);
+
+bool StartsWith(const std::string& line, const char* prefix);
+
+// atoi / atof semantics on a field: leading blanks skipped, the longest numeric prefix
+// converted, 0 when there is none.
+int AtoiField(const std::string& field);
+double AtofField(const std::string& field);
+
+// Truncation toward zero of a real value to a signed 32-bit integer, saturating outside its
+// range and giving 0 for a value that is not a number (options and malformed coordinates can
+// carry such values; the arithmetic must stay defined).
+int TruncToInt(double value);
+
+// printf-style formatting into a std::string of whatever length the values need.
+std::string Format(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+}  // namespace quarnel

@@ -1,0 +1,174 @@
+// Input names on both paths. A name that opens as a file is read as it is; any other name is a
+// PDB code: the code and chain letter become the path of the PDB file, and the chain (or
+// first-model) copy that the run reads is written.
+#include "cli/inputs.h"
+
+#include <cctype>
+#include <cstdio>
+#include <memory>
+
+#include "base/text.h"
+
+namespace quarnel {
+
+namespace {
+
+constexpr size_t kCodeLength = 4;
+constexpr size_t kCodeWithChainLength = 5;
+constexpr int kChainColumn = 22;
+constexpr char kNoChain = ' ';
+
+char ToLower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
+char ToUpper(char c) { return static_cast<char>(std::toupper(static_cast<unsigned char>(c))); }
+
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+File OpenFile(const std::string& path, const char* mode) { return File(std::fopen(path.c_str(), mode)); }
+
+// Lines the way the readers take them (299-character pieces).
+bool ReadPiece(std::FILE* file, std::string& line) {
+  char buffer[kLineBuffer];
+  if (std::fgets(buffer, kLineBuffer, file) == nullptr) return false;
+  line.assign(buffer);
+  return true;
+}
+
+// Writes one record. A line longer than the reader's buffer arrives in pieces and the first
+// piece has no newline of its own (so may the last line of a file): it gets one, so that the
+// copy keeps one record per line and the closing TER never joins an ATOM record.
+void WriteRecord(std::FILE* out, const std::string& line) {
+  std::fputs(line.c_str(), out);
+  if (line.empty() || line.back() != '\n') std::fputc('\n', out);
+}
+
+void WriteClosingRecords(std::FILE* out) {
+  std::fputs("TER\n", out);
+  std::fputs("END\n", out);
+}
+
+[[noreturn]] void CodeFileUnreadable(const ResolvedInput& input) {
+  Fail(Status::kCodeFileOpen, Stream::kStdout,
+       Format("Unable to open %s. QUIT ...\n", input.pdbName.c_str()));
+}
+
+// The ATOM records of the requested chain, up to the first END or ENDMDL.
+void CleanChain(const CommandLine& line, char chain, File pdb, ResolvedInput& input) {
+  input.templateName = line.chainPath + input.templateName + ".pdb";
+  File out = OpenFile(input.templateName, "w");
+  if (out == nullptr)
+    Fail(Status::kChainCopyCreate, Stream::kStdout,
+         Format("Unable to open %s: Quit!\n", input.templateName.c_str()));
+  std::string record;
+  while (ReadPiece(pdb.get(), record)) {
+    if (StartsWith(record, "ATOM  ") && Column(record, kChainColumn) == chain)
+      WriteRecord(out.get(), record);
+    if (StartsWith(record, "END")) break;
+  }
+  WriteClosingRecords(out.get());
+  if (std::ferror(pdb.get()) != 0) CodeFileUnreadable(input);
+}
+
+bool HasModelRecord(std::FILE* in) {
+  std::string record;
+  while (ReadPiece(in, record)) {
+    if (StartsWith(record, "MODEL")) return true;
+  }
+  return false;
+}
+
+// A multi-model file is read through a copy of its first model, every chain.
+void CleanModels(File pdb, ResolvedInput& input) {
+  const bool multiModel = HasModelRecord(pdb.get());
+  const bool unreadable = std::ferror(pdb.get()) != 0;
+  pdb.reset();
+  if (unreadable) CodeFileUnreadable(input);
+  if (!multiModel) {
+    input.templateName = input.pdbName;
+    return;
+  }
+
+  input.templateName = input.templateName + "_nmr.pdb";
+  File in = OpenFile(input.pdbName, "r");
+  if (in == nullptr)
+    Fail(Status::kModelCopyReopen, Stream::kStdout,
+         Format("Quit: Unable to open %s.\n", input.pdbName.c_str()));
+  File out = OpenFile(input.templateName, "w");
+  if (out == nullptr) {
+    // The copy cannot be written here (read-only directory, say): the PDB file itself is read
+    // instead, and the reader stops at its first ENDMDL, which gives the same first model.
+    input.messages.push_back(Message{
+        Stream::kStdout, Format("Unable to open %s: WARNING3\n", input.templateName.c_str())});
+    input.templateName = input.pdbName;
+    return;
+  }
+  std::string record;
+  while (ReadPiece(in.get(), record)) {
+    if (StartsWith(record, "END")) break;
+    if (StartsWith(record, "ATOM  ")) WriteRecord(out.get(), record);
+  }
+  WriteClosingRecords(out.get());
+}
+
+// PassName and CleanPDB: the code, its file, and the copy the run reads.
+void ResolveCode(const CommandLine& line, ResolvedInput& input) {
+  std::string name = line.input;
+  char chain = kNoChain;
+  if (name.size() == kCodeWithChainLength) {
+    chain = name[kCodeWithChainLength - 1];
+    name[kCodeWithChainLength - 1] = ToLower(chain);
+  }
+  input.templateName = name;
+  if (name.size() > kCodeLength) name.resize(kCodeLength);
+  input.pdbName = line.pdbPath + name + ".pdb";
+
+  File pdb = OpenFile(input.pdbName, "r");
+  if (pdb == nullptr) CodeFileUnreadable(input);
+  chain = ToUpper(chain);
+  input.chain = static_cast<unsigned char>(chain);
+  if (chain != kNoChain)
+    CleanChain(line, chain, std::move(pdb), input);
+  else
+    CleanModels(std::move(pdb), input);
+}
+
+}  // namespace
+
+bool CanRead(const std::string& path) { return OpenFile(path, "r") != nullptr; }
+
+ResolvedInput ResolveInput(const CommandLine& line) {
+  ResolvedInput input;
+  if (CanRead(line.input)) {
+    // A named file: the entry is its name up to the first '.', wherever that stands.
+    input.namedFile = true;
+    input.templateName = line.input;
+    const size_t dot = line.input.find('.');
+    input.base = dot == std::string::npos ? line.input : line.input.substr(0, dot);
+    input.entry = input.base;
+    return input;
+  }
+  input.base = line.input;
+  input.entry = line.input;
+  ResolveCode(line, input);
+  return input;
+}
+
+std::string ShellQuote(const std::string& word) {
+  std::string quoted = "'";
+  for (char c : word) {
+    if (c == '\'')
+      quoted += "'\\''";
+    else
+      quoted += c;
+  }
+  quoted += "'";
+  return quoted;
+}
+
+std::string ShellFileWord(const std::string& path) {
+  return ShellQuote(!path.empty() && path[0] == '-' ? "./" + path : path);
+}
+
+}  // namespace quarnel

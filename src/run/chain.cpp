@@ -1,0 +1,143 @@
+// The run of one chain, in order: residues, contacts, secondary structure, partition, domain
+// records, then the report (relaxed runs) or the assessment loop.
+#include "run/chain.h"
+
+#include <cctype>
+
+#include "confidence/assessment.h"
+#include "structure/dssp_reader.h"
+
+namespace quarnel {
+
+namespace {
+
+char JudgedChain(const ChainInput& input, const Structure& structure) {
+  if (input.chain != kFirstResidueChain)
+    return static_cast<char>(std::toupper(static_cast<unsigned char>(input.chain)));
+  return structure.size() > 0 ? structure.residues[0].chain : ' ';
+}
+
+// The scores of domain P before the cut that is being undone: from the latest earlier cut that
+// mentions P, as its parent first, else as the domain it created.
+bool ScoresBefore(const std::vector<CutRecord>& cuts, int n, int32_t parent, float scores[3]) {
+  for (int r = n - 2; r >= 0; --r) {
+    const CutRecord& earlier = cuts[static_cast<size_t>(r)];
+    if (earlier.parent == parent) {
+      scores[0] = earlier.parentCompact;
+      scores[1] = earlier.parentInter;
+      scores[2] = earlier.interface;
+      return true;
+    }
+    if (earlier.newDomainAgain == parent) {
+      scores[0] = earlier.newCompact;
+      scores[1] = earlier.newInter;
+      scores[2] = earlier.interface;
+      return true;
+    }
+  }
+  return false;
+}
+
+// Undoes the cut that created domain n: its residues return to their parent.
+void MergeBack(const Partition& partition, int n, std::vector<Residue>& residues,
+               std::vector<Message>& messages) {
+  const int32_t parent = partition.cuts[static_cast<size_t>(n - 1)].parent;
+  float scores[3] = {0.0f, 0.0f, 0.0f};
+  if (!ScoresBefore(partition.cuts, n, parent, scores)) {
+    messages.push_back(Message{Stream::kStdout, "somethong is wrong\n"});
+    return;
+  }
+  for (Residue& r : residues) {
+    if (r.domain == n || r.domain == parent) {
+      r.domain = parent;
+      for (int k = 0; k < 3; ++k) r.cutscore[k] = scores[k];
+    }
+  }
+}
+
+// Judges the partition and undoes the most recent cut for as long as the judgement rejects it.
+void AssessmentLoop(const ProfileSource& source, const std::string& entry, ChainResult& result,
+                    std::vector<Message>& messages) {
+  const int32_t size = result.structure.size();
+  int32_t domainCount = result.partition.domainCount;
+  if (domainCount == 1) {
+    result.report = FormatOneDomain(entry, size);
+    return;
+  }
+  std::vector<DomainDetail> records = result.found;
+  for (;;) {
+    Assessment assessment = Analyze(source, records, messages);
+    if (assessment.accepted) {
+      result.report = FormatReport(entry, size, records);
+      result.domains = std::move(records);
+      result.scores = std::move(assessment.scores);
+      result.verdict = domainCount == result.partition.domainCount ? Verdict::kAcceptedFirst
+                                                                   : Verdict::kAcceptedAfterMerging;
+      return;
+    }
+    const int n = domainCount - 1;  // the most recently created domain
+    domainCount -= 1;
+    if (n == 1) {
+      result.report = FormatOneDomain(entry, size);
+      result.verdict = Verdict::kRejected;
+      return;
+    }
+    MergeBack(result.partition, n, result.structure.residues, messages);
+    records = OutputDomains(result.structure.residues, domainCount);
+  }
+}
+
+}  // namespace
+
+const char* VerdictName(Verdict verdict) {
+  switch (verdict) {
+    case Verdict::kRelaxed: return "relaxed";
+    case Verdict::kTooShort: return "too short";
+    case Verdict::kNoCut: return "no cut";
+    case Verdict::kAcceptedFirst: return "accepted at first";
+    case Verdict::kAcceptedAfterMerging: return "accepted after merging";
+    case Verdict::kRejected: return "rejected";
+  }
+  return "";
+}
+
+ChainResult RunChain(const ChainInput& input, const Params& params,
+                     SecondaryStructureSource* secondary, RunContext& context) {
+  context.Begin(params);
+  ChainResult result;
+  result.structure = ReadStructure(*input.lines);
+  Structure& structure = result.structure;
+  result.chain = JudgedChain(input, structure);
+
+  result.contacts = CalcContacts(structure, params);
+  SetSecondaryStructureDefaults(structure.residues);
+  if (params.FlagSS == 1 && secondary != nullptr) {
+    std::unique_ptr<LineSource> dssp = secondary->DsspOutput(structure, context.messages);
+    const SecondaryStructure table = ReadDsspTable(*dssp, structure.residues);
+    ApplySecondaryStructure(table, structure.residues, result.contacts);
+  }
+
+  const Engine engine{params, result.contacts, context};
+  DomainParition(engine, result.partition, structure.residues.data(), structure.size());
+  result.found = OutputDomains(structure.residues, result.partition.domainCount);
+
+  const int32_t size = structure.size();
+  const bool searched = static_cast<int64_t>(size) >= 2 * static_cast<int64_t>(params.MinDomainSize) &&
+                        params.MaxNumDom > 1;
+  result.verdict = searched ? Verdict::kNoCut : Verdict::kTooShort;
+  if (params.Relaxed()) {
+    result.verdict = Verdict::kRelaxed;
+    if (result.partition.domainCount == 1) {
+      result.report = FormatOneDomain(input.entry, size);
+    } else {
+      result.report = FormatReport(input.entry, size, result.found);
+      result.domains = result.found;
+    }
+    return result;
+  }
+  const ProfileSource source{input.lines, result.chain, input.profileName, size};
+  AssessmentLoop(source, input.entry, result, context.messages);
+  return result;
+}
+
+}  // namespace quarnel

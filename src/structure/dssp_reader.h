@@ -1,0 +1,29 @@
+// Reader of DSSP's classic residue table: each residue's secondary-structure letter and its
+// beta-bridge partners.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "base/text.h"
+#include "structure/protein.h"
+
+namespace quarnel {
+
+// Per residue index: the secondary-structure letter and the indices of its two bridge
+// partners (kNoPartner for none).
+struct SecondaryStructure {
+  std::vector<char> ss;
+  std::vector<int32_t> bridge1;
+  std::vector<int32_t> bridge2;
+};
+
+// Every residue in coil, no partners: the table of a run without DSSP.
+SecondaryStructure DefaultSecondaryStructure(int32_t residues);
+
+// Matches DSSP's table lines to the residues (in file order) by residue number and insertion
+// code, moving forward only. Text without the table header changes nothing. Fails with the
+// designed open message when the DSSP output cannot be opened or read.
+SecondaryStructure ReadDsspTable(const LineSource& source, const std::vector<Residue>& residues);
+
+}  // namespace quarnel
