@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
@@ -97,7 +98,38 @@ bool StartsWith(const std::string& line, const char* prefix) {
 
 int AtoiField(const std::string& field) { return std::atoi(field.c_str()); }
 
-double AtofField(const std::string& field) { return std::atof(field.c_str()); }
+// Coordinates are written with a few decimals: such a field is read as its digits divided by a
+// power of ten. Both numbers are exact in double precision and the division rounds correctly,
+// so the value is the one atof gives; anything else (exponents, hexadecimal, more than 15
+// digits, no digit at all) goes to atof itself.
+double AtofField(const std::string& field) {
+  constexpr int kMaxExactDigits = 15;
+  constexpr double kPowersOfTen[kMaxExactDigits + 1] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                        1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  const char* p = field.c_str();
+  while (*p == ' ' || (*p >= '\t' && *p <= '\r')) ++p;
+  const bool negative = *p == '-';
+  if (*p == '-' || *p == '+') ++p;
+  int64_t digits = 0;
+  int count = 0;
+  int decimals = -1;
+  for (;; ++p) {
+    if (*p >= '0' && *p <= '9') {
+      digits = digits * 10 + (*p - '0');
+      ++count;
+      if (decimals >= 0) ++decimals;
+    } else if (*p == '.' && decimals < 0) {
+      decimals = 0;
+    } else {
+      break;
+    }
+    if (count > kMaxExactDigits) return std::atof(field.c_str());
+  }
+  const bool hexadecimal = count == 1 && digits == 0 && decimals < 0 && (*p == 'x' || *p == 'X');
+  if (count == 0 || *p == 'e' || *p == 'E' || hexadecimal) return std::atof(field.c_str());
+  const double value = static_cast<double>(digits) / kPowersOfTen[decimals > 0 ? decimals : 0];
+  return negative ? -value : value;
+}
 
 int TruncToInt(double value) {
   if (std::isnan(value)) return 0;

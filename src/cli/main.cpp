@@ -1,5 +1,6 @@
 // quarnel: splits a protein chain into structural domains and prints them on one line.
 #include <cstdio>
+#include <cstdlib>
 #include <new>
 
 #include "cli/inputs.h"
@@ -11,12 +12,28 @@ namespace quarnel {
 
 namespace {
 
+constexpr int kMaxThreads = 1024;
+
 void Print(const Message& message) {
   std::fputs(message.text.c_str(), message.stream == Stream::kStderr ? stderr : stdout);
 }
 
 void PrintAll(const std::vector<Message>& messages) {
   for (const Message& message : messages) Print(message);
+}
+
+// QUARNEL_THREADS: threads for the samples of a partition level; the cores when not set.
+int EngineThreads() {
+  const char* text = std::getenv("QUARNEL_THREADS");
+  if (text == nullptr || *text == '\0') return WorkerPool::DefaultThreads();
+  char* end = nullptr;
+  const long threads = std::strtol(text, &end, 10);
+  if (*end != '\0' || threads < 1 || threads > kMaxThreads) {
+    std::fprintf(stderr, "quarnel: QUARNEL_THREADS=%s is not a number of threads (1 to %d); using %d\n",
+                 text, kMaxThreads, WorkerPool::DefaultThreads());
+    return WorkerPool::DefaultThreads();
+  }
+  return static_cast<int>(threads);
 }
 
 int PrintFailure(const Failure& failure) {
@@ -35,7 +52,9 @@ int RunDesigned(int argc, const char* const* argv) {
   const ChainInput chain{&lines, input.entry, input.chain, input.pdbName};
   // An earlier DSSP output is reused only for a code, never beside a named file.
   ShellDssp dssp(input.templateName, input.base + ".dssp", !input.namedFile);
+  WorkerPool workers(EngineThreads());
   RunContext context;
+  context.workers = &workers;
   ChainResult result;
   try {
     result = RunChain(chain, line.params, &dssp, context);

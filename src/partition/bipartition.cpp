@@ -55,7 +55,7 @@ int FindSplit(const Residue* slice, int n) {
   return 0;
 }
 
-float ListBiPartitions(const Params& params, const ContactMap& contacts, Residue* slice,
+float ListBiPartitions(const Params& params, const CutJudge& judge, Residue* slice,
                        std::vector<FlowNode>& nodes, int n, const ComponentGraph& graph,
                        const IndVector& closures, int size, int count, CutScores* scores) {
   const int candidates = count + 1;
@@ -67,7 +67,7 @@ float ListBiPartitions(const Params& params, const ContactMap& contacts, Residue
     InitializePartition(graph, nodes);
     if (t > 0) AssignPartition(graph, nodes, closures[t - 1], size);
 
-    SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
+    SortByIndex(slice, n);
     for (int i = 0; i < n; ++i) {
       slice[i].part = nodes[i].label;
       slice[i].merged = 0;
@@ -78,7 +78,7 @@ float ListBiPartitions(const Params& params, const ContactMap& contacts, Residue
     SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare2);
     int split = FindSplit(slice, n);
     if (split == 0) continue;  // merging left one label: no cut
-    score[t] = GoodDomainCut(params, contacts, slice, split, n, &candidateScores[t]);
+    score[t] = judge.GoodDomainCut(slice, split, n, &candidateScores[t]);
   }
 
   int winner = -1;
@@ -95,20 +95,20 @@ float ListBiPartitions(const Params& params, const ContactMap& contacts, Residue
   }
 
   *scores = candidateScores[winner];
-  SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
+  SortByIndex(slice, n);
   for (int i = 0; i < n; ++i) RestoreLabel(slice[i], codes[winner][i]);
   return best;
 }
 
 }  // namespace
 
-float GenerateAllBiPartition(const Params& params, const ContactMap& contacts, FlowNetwork& network,
+float GenerateAllBiPartition(const Params& params, const CutJudge& judge, FlowNetwork& network,
                              Residue* slice, CutScores* scores) {
   ComponentGraph graph;
   IndVector closures;
   int size = 0, count = 0;
   FindAllMinCuts(network, graph, closures, &size, &count);
-  return ListBiPartitions(params, contacts, slice, network.nodes, network.size() - 2, graph,
+  return ListBiPartitions(params, judge, slice, network.nodes, network.size() - 2, graph,
                           closures, size, count, scores);
 }
 

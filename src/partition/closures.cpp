@@ -15,24 +15,28 @@ namespace {
 
 void DFSLabeling(ComponentGraph& graph, int32_t component) {
   graph.dag[component].mark = kMustIn;
-  for (const FlowArc* entry = graph.successors.head[component]; entry != nullptr; entry = entry->next) {
-    if (graph.dag[entry->head].mark == kFree) DFSLabeling(graph, entry->head);
+  const ComponentLists& lists = graph.successors;
+  for (int32_t e = lists.first[component]; e < lists.first[component + 1]; ++e) {
+    if (graph.dag[lists.entries[e]].mark == kFree) DFSLabeling(graph, lists.entries[e]);
   }
 }
 
 void DFSLabeling1(ComponentGraph& graph, int32_t component) {
   graph.dag[component].mark = kMustOut;
-  for (const FlowArc* entry = graph.predecessors.head[component]; entry != nullptr; entry = entry->next) {
-    if (graph.dag[entry->head].mark == kFree) DFSLabeling1(graph, entry->head);
+  const ComponentLists& lists = graph.predecessors;
+  for (int32_t e = lists.first[component]; e < lists.first[component + 1]; ++e) {
+    if (graph.dag[lists.entries[e]].mark == kFree) DFSLabeling1(graph, lists.entries[e]);
   }
 }
 
 void DFSVisit(ComponentGraph& graph, int32_t component, std::vector<TopoEntry>& order, int* next) {
   graph.dag[component].mark = kVisiting;
-  for (const FlowArc* entry = graph.successors.head[component]; entry != nullptr; entry = entry->next) {
-    if (graph.dag[entry->head].mark == kUnsorted) {
-      graph.dag[entry->head].parent = component;
-      DFSVisit(graph, entry->head, order, next);
+  const ComponentLists& lists = graph.successors;
+  for (int32_t e = lists.first[component]; e < lists.first[component + 1]; ++e) {
+    const int32_t successor = lists.entries[e];
+    if (graph.dag[successor].mark == kUnsorted) {
+      graph.dag[successor].parent = component;
+      DFSVisit(graph, successor, order, next);
     }
   }
   graph.dag[component].mark = kVisited;

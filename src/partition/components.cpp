@@ -4,6 +4,8 @@
 // candidate cuts, and with it the tie-breaks between equal scores, follows from this numbering.
 #include "partition/components.h"
 
+#include <algorithm>
+#include <functional>
 #include <new>
 
 #include "base/sort.h"
@@ -15,12 +17,10 @@ namespace {
 
 constexpr int32_t kUnvisited = -1;
 
-bool IsResidual(const FlowArc* arc) { return arc->residual > 0; }
-
 // Labelling state of one CalcSCC. Element 0 of each stack holds its entry count.
 struct SccState {
+  const FlowNetwork& network;
   std::vector<FlowNode>& nodes;
-  const AdjacencyList& list;
   std::vector<int32_t> S;
   std::vector<int32_t> B;
   int32_t btb = 0;
@@ -34,16 +34,16 @@ struct SccState {
     B[0] += 1;
     B[B[0]] = btb;
 
-    for (const FlowArc* arc = list.head[v]; arc != nullptr; arc = arc->next) {
-      if (!IsResidual(arc)) continue;
-      int32_t w = arc->head;
+    ForEachArc(network, v, [&](int32_t arc, int32_t w) {
+      if (network.residual[arc] <= 0) return false;
       if (nodes[w].label == kUnvisited) {
         Label(w);
       } else if (nodes[w].label < btb) {
         while (B[B[0]] > nodes[w].label) B[0] -= 1;
         btb = B[B[0]];
       }
-    }
+      return false;
+    });
 
     if (nodes[v].label == btb) {
       B[0] -= 1;
@@ -57,6 +57,20 @@ struct SccState {
   }
 };
 
+// Rows of distinct entries, each sorted in decreasing order.
+ComponentLists Rows(int32_t k, const std::vector<std::vector<int32_t>>& rows) {
+  ComponentLists lists;
+  lists.first.assign(static_cast<size_t>(k) + 1, 0);
+  for (int32_t p = 0; p < k; ++p) lists.first[p + 1] = lists.first[p] + static_cast<int32_t>(rows[p].size());
+  lists.entries.reserve(static_cast<size_t>(lists.first[k]));
+  for (int32_t p = 0; p < k; ++p) {
+    const size_t start = lists.entries.size();
+    lists.entries.insert(lists.entries.end(), rows[p].begin(), rows[p].end());
+    std::sort(lists.entries.begin() + static_cast<long>(start), lists.entries.end(), std::greater<int32_t>());
+  }
+  return lists;
+}
+
 }  // namespace
 
 int comparec(const void* a, const void* b) {
@@ -65,7 +79,7 @@ int comparec(const void* a, const void* b) {
 
 void CalcSCC(FlowNetwork& network) {
   const int nodes = network.size();
-  SccState state{network.nodes, network.list, {}, {}, 0, nodes};
+  SccState state{network, network.nodes, {}, {}, 0, nodes};
   try {
     state.S.assign(static_cast<size_t>(nodes) + 1, 0);
     state.B.assign(static_cast<size_t>(nodes) + 1, 0);
@@ -113,44 +127,33 @@ void CreateMapping(const FlowNetwork& network, ComponentGraph& graph) {
   graph.ranges[current].last = nodes - 1;
 }
 
-// The successor lists come from a k x k reachability matrix scanned in increasing q, each
-// entry put at the front: lists end in decreasing component order. The predecessor lists are
-// the transpose, built the same way.
+// Each component's successors, once each, in decreasing order, and the transpose: the lists a
+// k x k reachability matrix gives when scanned in increasing order with every entry put at the
+// front, without the matrix.
 void DagBuilder(const FlowNetwork& network, ComponentGraph& graph) {
   const int32_t k = graph.k;
   graph.dag.assign(static_cast<size_t>(k), DagNode{0, kNoParent, kFree});
-  graph.successors.arcs.clear();
-  graph.successors.head.assign(static_cast<size_t>(k), nullptr);
-  graph.predecessors.arcs.clear();
-  graph.predecessors.head.assign(static_cast<size_t>(k), nullptr);
-
-  std::vector<uint8_t> reach;
-  try {
-    reach.assign(static_cast<size_t>(k) * static_cast<size_t>(k), 0);
-  } catch (const std::bad_alloc&) {
-    AllocationFailed();
-  }
-  auto cell = [&](int32_t p, int32_t q) -> uint8_t& {
-    return reach[static_cast<size_t>(p) * static_cast<size_t>(k) + static_cast<size_t>(q)];
-  };
+  std::vector<std::vector<int32_t>> successors(static_cast<size_t>(k));
+  std::vector<std::vector<int32_t>> predecessors(static_cast<size_t>(k));
+  std::vector<int32_t> seenBy(static_cast<size_t>(k), -1);
   for (int32_t p = 0; p < k; ++p) {
     graph.dag[p].id = p;
     const MappingRange& range = graph.ranges[p];
     for (int32_t m = range.first; m <= range.last; ++m) {
-      int32_t node = graph.mapping[m].node;
-      for (const FlowArc* arc = network.list.head[node]; arc != nullptr; arc = arc->next) {
-        if (IsResidual(arc)) cell(p, graph.inverse[arc->head]) = 1;
-      }
-    }
-    for (int32_t q = 0; q < k; ++q) {
-      if (cell(p, q) == 1) PushArc(graph.successors, p, q, 0);
-    }
-  }
-  for (int32_t p = 0; p < k; ++p) {
-    for (int32_t q = 0; q < k; ++q) {
-      if (cell(q, p) == 1) PushArc(graph.predecessors, p, q, 0);
+      ForEachArc(network, graph.mapping[m].node, [&](int32_t arc, int32_t head) {
+        if (network.residual[arc] <= 0) return false;
+        const int32_t q = graph.inverse[head];
+        if (seenBy[q] != p) {
+          seenBy[q] = p;
+          successors[p].push_back(q);
+          predecessors[q].push_back(p);
+        }
+        return false;
+      });
     }
   }
+  graph.successors = Rows(k, successors);
+  graph.predecessors = Rows(k, predecessors);
 }
 
 void FindAllMinCuts(FlowNetwork& network, ComponentGraph& graph, IndVector& closures, int* size,

@@ -47,15 +47,24 @@ struct TopoEntry {
 
 constexpr int kMaxClosureRows = 99;  // with the selection of no free component, 100 candidates
 
-// The components of one flow problem, their maps to nodes, and the component graph.
+// Per component, a list of components in compressed rows.
+struct ComponentLists {
+  std::vector<int32_t> first;  // the list of p is entries first[p] .. first[p + 1] - 1
+  std::vector<int32_t> entries;
+};
+
+// The components of one flow problem, their maps to nodes, and the component graph. The
+// successor list of p holds, once each, every component that a residual arc from a node of p
+// enters (p itself too when an arc stays inside p); the predecessor lists are the transpose;
+// both run in decreasing component order.
 struct ComponentGraph {
   int32_t k = 0;                       // number of components
   std::vector<MappingEntry> mapping;   // (node, component), grouped by component
   std::vector<int32_t> inverse;        // node -> component
   std::vector<MappingRange> ranges;    // component -> its run in `mapping`
   std::vector<DagNode> dag;
-  AdjacencyList successors;            // component lists; only `head` and `next` are used
-  AdjacencyList predecessors;
+  ComponentLists successors;
+  ComponentLists predecessors;
 };
 
 // The cut enumeration of one solved network: components, must-in and must-out marks, and the

@@ -8,6 +8,7 @@
 #include "base/params.h"
 #include "base/random.h"
 #include "base/status.h"
+#include "base/workers.h"
 #include "partition/flow.h"
 
 namespace quarnel {
@@ -16,7 +17,9 @@ struct RunContext {
   Rand48 random;           // the run's only source of random numbers
   int32_t anchorMode = 2;  // the anchor rule still to apply: 1 until the user's anchors are used
   std::vector<Message> messages;  // lines the run printed while going on, in order
-  FlowScratch flow;
+  // Threads for the samples of a level; none (or a pool of one) computes them one by one.
+  WorkerPool* workers = nullptr;
+  std::vector<FlowScratch> flow;  // one per worker thread
 
   // A fresh run: the random stream from its initial state, the user's anchors pending.
   void Begin(const Params& params) {

@@ -12,40 +12,11 @@ namespace quarnel {
 
 namespace {
 
-// Sums over residue pairs. Kept in 64 bits so that extreme weights stay defined; with any
-// realistic structure they equal the 32-bit sums.
-struct ContactSums {
-  int64_t atoms1 = 0, atoms2 = 0;
-  int64_t intra1 = 0, intra2 = 0;
-  int64_t interW = 0, interC = 0;
-};
+float F(int64_t value) { return static_cast<float>(value); }
 
-ContactSums SumContacts(const Params& params, const ContactMap& contacts, const Residue* slice,
-                        int split, int n) {
-  ContactSums sums;
-  for (int a = 0; a < n; ++a) {
-    if (a < split)
-      sums.atoms1 += slice[a].natoms;
-    else
-      sums.atoms2 += slice[a].natoms;
-  }
-  for (int a = 0; a < n; ++a) {
-    const Contact* row = contacts.row(slice[a].index);
-    for (int b = a + 1; b < n; ++b) {
-      int separation = std::abs(slice[a].index - slice[b].index);
-      if (separation <= params.ResSep) continue;
-      const Contact& cell = row[slice[b].index];
-      if (a < split && b < split) {
-        sums.intra1 += cell.count;
-      } else if (a >= split && b >= split) {
-        sums.intra2 += cell.count;
-      } else {
-        sums.interW += cell.weight;
-        sums.interC += cell.count;
-      }
-    }
-  }
-  return sums;
+// A penalty factor applied as count x score x 10.0, the last product in double.
+float Penalised(int32_t count, float score) {
+  return static_cast<float>(static_cast<double>(static_cast<float>(count) * score) * 10.0);
 }
 
 // Segments of one part: 1 plus the breaks in its run of index values.
@@ -57,65 +28,125 @@ int32_t CountSegments(const Residue* part, int size) {
   return segments;
 }
 
-bool Bridged(const Residue& a, const Residue& b) {
-  return a.bridge1 == b.index || a.bridge2 == b.index || b.bridge1 == a.index ||
-         b.bridge2 == a.index;
-}
-
-float F(int64_t value) { return static_cast<float>(value); }
-
-// A penalty factor applied as count x score x 10.0, the last product in double.
-float Penalised(int32_t count, float score) {
-  return static_cast<float>(static_cast<double>(static_cast<float>(count) * score) * 10.0);
-}
+constexpr uint8_t kFirstPart = 0;
+constexpr uint8_t kSecondPart = 1;
 
 }  // namespace
 
-float GoodDomainCut(const Params& params, const ContactMap& contacts, Residue* slice, int split,
-                    int n, CutScores* scores) {
+CutJudge::CutJudge(const Params& params, const ContactMap& contacts, const Residue* slice, int n)
+    : params_(params), local_(static_cast<size_t>(contacts.size()), kNotInLevel) {
+  residues_.resize(static_cast<size_t>(n));
+  for (int r = 0; r < n; ++r) {
+    local_[slice[r].index] = r;
+    residues_[r] = LevelResidue{slice[r].index, slice[r].bridge1, slice[r].bridge2, slice[r].ss};
+  }
+  // Each pair of the level's residues once, lower index first, where the contact counts at all.
+  for (int r = 0; r < n; ++r) {
+    const int32_t i = slice[r].index;
+    const Contact* row = contacts.row(i);
+    for (int c = 0; c < n; ++c) {
+      const int32_t j = slice[c].index;
+      if (j <= i || j - i <= params.ResSep) continue;
+      const Contact& cell = row[j];
+      if (cell.weight != 0 || cell.count != 0) pairs_.push_back(LevelPair{r, c, cell.weight, cell.count});
+    }
+  }
+}
+
+std::vector<uint8_t> CutJudge::Sides(const Residue* slice, int split, int n) const {
+  std::vector<uint8_t> side(residues_.size(), kFirstPart);
+  for (int a = split; a < n; ++a) side[local_[slice[a].index]] = kSecondPart;
+  return side;
+}
+
+CutJudge::ContactSums CutJudge::SumContacts(const Residue* slice, int split, int n,
+                                            const std::vector<uint8_t>& side) const {
+  ContactSums sums;
+  for (int a = 0; a < n; ++a) (a < split ? sums.atoms1 : sums.atoms2) += slice[a].natoms;
+  for (const LevelPair& pair : pairs_) {
+    const uint8_t first = side[pair.first];
+    const uint8_t second = side[pair.second];
+    if (first != second) {
+      sums.interW += pair.weight;
+      sums.interC += pair.count;
+    } else if (first == kFirstPart) {
+      sums.intra1 += pair.count;
+    } else {
+      sums.intra2 += pair.count;
+    }
+  }
+  return sums;
+}
+
+// Cross pairs in which either residue names the other as bridge partner, each pair once.
+int32_t CutJudge::BetaPairs(const std::vector<uint8_t>& side) const {
+  int32_t count = 0;
+  for (size_t r = 0; r < residues_.size(); ++r) {
+    const LevelResidue& x = residues_[r];
+    const int32_t partners[2] = {x.bridge1, x.bridge2 == x.bridge1 ? kNoPartner : x.bridge2};
+    for (int32_t partner : partners) {
+      if (partner < 0 || static_cast<size_t>(partner) >= local_.size()) continue;
+      const int32_t y = local_[partner];
+      if (y == kNotInLevel || side[r] == side[y]) continue;
+      const LevelResidue& other = residues_[y];
+      // A pair named from both sides is counted from its lower index only.
+      if ((other.bridge1 == x.index || other.bridge2 == x.index) && partner < x.index) continue;
+      ++count;
+    }
+  }
+  return count;
+}
+
+// Cross pairs of strand residues next to each other in the chain.
+int32_t CutJudge::BetaPasses(const std::vector<uint8_t>& side) const {
+  int32_t count = 0;
+  for (size_t r = 0; r < residues_.size(); ++r) {
+    const LevelResidue& x = residues_[r];
+    const size_t next = static_cast<size_t>(x.index) + 1;
+    if (x.ss != 'E' || next >= local_.size()) continue;
+    const int32_t y = local_[next];
+    if (y != kNotInLevel && side[r] != side[y] && residues_[y].ss == 'E') ++count;
+  }
+  return count;
+}
+
+float CutJudge::GoodDomainCut(Residue* slice, int split, int n, CutScores* scores) const {
   *scores = kRejectedCutScores;
   const int res1 = split;
   const int res2 = n - split;
 
-  if (res1 < params.MinDomainSize || res2 < params.MinDomainSize) return kRejectedScore;
+  if (res1 < params_.MinDomainSize || res2 < params_.MinDomainSize) return kRejectedScore;
 
-  const ContactSums sums = SumContacts(params, contacts, slice, split, n);
+  const std::vector<uint8_t> side = Sides(slice, split, n);
+  const ContactSums sums = SumContacts(slice, split, n, side);
 
   const float g1 = F(sums.intra1) / F(sums.atoms1);
   const float g2 = F(sums.intra2) / F(sums.atoms2);
-  if (g1 < params.MinGlobularity || g2 < params.MinGlobularity) return kRejectedScore;
-  if (g1 > params.MinGlobularity && g2 > params.MinGlobularity) {
+  if (g1 < params_.MinGlobularity || g2 < params_.MinGlobularity) return kRejectedScore;
+  if (g1 > params_.MinGlobularity && g2 > params_.MinGlobularity) {
     scores->compact1 = g1;
     scores->compact2 = g2;
   }
 
   const float i1 = F(sums.interC) / F(sums.intra1);
   const float i2 = F(sums.interC) / F(sums.intra2);
-  if (i1 > params.MaxInteraction || i2 > params.MaxInteraction) return kRejectedScore;
-  if (i1 < params.MaxInteraction && i2 < params.MaxInteraction) {
+  if (i1 > params_.MaxInteraction || i2 > params_.MaxInteraction) return kRejectedScore;
+  if (i1 < params_.MaxInteraction && i2 < params_.MaxInteraction) {
     scores->inter1 = i1;
     scores->inter2 = i2;
   }
 
-  SortRecords(slice, static_cast<size_t>(res1), sizeof(Residue), compare3);
-  SortRecords(slice + split, static_cast<size_t>(res2), sizeof(Residue), compare3);
+  SortByIndex(slice, res1);
+  SortByIndex(slice + split, res2);
   const int32_t seg1 = CountSegments(slice, res1);
   const int32_t seg2 = CountSegments(slice + split, res2);
   SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare2);
-  if (F(res1) / F(seg1) < params.MinSegRes || F(res2) / F(seg2) < params.MinSegRes) return kRejectedScore;
+  if (F(res1) / F(seg1) < params_.MinSegRes || F(res2) / F(seg2) < params_.MinSegRes) return kRejectedScore;
 
-  int32_t betapair = 0;
-  int32_t betapass = 0;
-  for (int a = 0; a < split; ++a) {
-    for (int b = split; b < n; ++b) {
-      if (Bridged(slice[a], slice[b])) ++betapair;
-      if (std::abs(slice[a].index - slice[b].index) == 1 && slice[a].ss == 'E' &&
-          slice[b].ss == 'E')
-        ++betapass;
-    }
-  }
-  if (betapair >= params.MaxBetaPair) return kRejectedScore;
-  if (betapass >= params.MaxBetaPass) return kRejectedScore;
+  const int32_t betapair = BetaPairs(side);
+  const int32_t betapass = BetaPasses(side);
+  if (betapair >= params_.MaxBetaPair) return kRejectedScore;
+  if (betapass >= params_.MaxBetaPass) return kRejectedScore;
 
   if (sums.interW == 0) {
     scores->interface = 0.0f;
@@ -125,12 +156,12 @@ float GoodDomainCut(const Params& params, const ContactMap& contacts, Residue* s
   const float atomsBoth = F(sums.atoms1 + sums.atoms2);
   const float wnorm = F(sums.interW) * atomsBoth / F(sums.atoms1) / F(sums.atoms2);
   const float cnorm = F(sums.interC) * atomsBoth / F(sums.atoms1) / F(sums.atoms2);
-  if (cnorm > params.MaxTime) return kRejectedScore;
+  if (cnorm > params_.MaxTime) return kRejectedScore;
   scores->interface = cnorm;
 
   const float segmentRatio = F(seg1) * F(seg2) / F(res1) / F(res2);
   float score;
-  if (params.MaxNumDom == 2) {
+  if (params_.MaxNumDom == 2) {
     const float intraRatio = F(sums.intra1) * F(sums.intra2) / F(sums.atoms1) / F(sums.atoms2);
     // Natural logarithms in double precision (std::log of a float would stay in float).
     score = static_cast<float>(std::log(static_cast<double>(wnorm)) +
@@ -140,12 +171,17 @@ float GoodDomainCut(const Params& params, const ContactMap& contacts, Residue* s
     const float atomRatio = F(sums.atoms1) * F(sums.atoms2) / F(sums.intra1) / F(sums.intra2);
     const float f = segmentRatio * atomRatio;
     score = wnorm * f * f;
-    if (params.MaxNumDom != kDefaultMaxNumDom) {
+    if (params_.MaxNumDom != kDefaultMaxNumDom) {
       if (betapair > 0) score = Penalised(betapair, score);
       if (betapass > 0) score = Penalised(betapass, score);
     }
   }
   return score;
+}
+
+float GoodDomainCut(const Params& params, const ContactMap& contacts, Residue* slice, int split,
+                    int n, CutScores* scores) {
+  return CutJudge(params, contacts, slice, n).GoodDomainCut(slice, split, n, scores);
 }
 
 }  // namespace quarnel

@@ -16,6 +16,15 @@ int compare2(const void* a, const void* b) {
   return static_cast<const Residue*>(a)->part - static_cast<const Residue*>(b)->part;
 }
 
+void SortByIndex(Residue* residues, int n) {
+  for (int i = 1; i < n; ++i) {
+    if (residues[i].index < residues[i - 1].index) {
+      SortRecords(residues, static_cast<size_t>(n), sizeof(Residue), compare3);
+      return;
+    }
+  }
+}
+
 namespace {
 
 void RecordCut(Partition& partition, int32_t newDomain, int32_t parent, const CutScores& s) {
@@ -28,7 +37,7 @@ void RecordCut(Partition& partition, int32_t newDomain, int32_t parent, const Cu
 }  // namespace
 
 void DomainParition(const Engine& engine, Partition& partition, Residue* slice, int n) {
-  SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
+  SortByIndex(slice, n);
   if (static_cast<int64_t>(n) < 2 * static_cast<int64_t>(engine.params.MinDomainSize)) return;
   if (partition.domainCount >= engine.params.MaxNumDom) return;
 

@@ -1,17 +1,13 @@
-// The flow network of one sample and its maximum flow by breadth-first augmenting paths.
-// Which minimum cut the residual network exposes depends on the exact order of arcs in the
-// lists and of the searches, so both follow one fixed discipline: arcs go to the front.
+// The maximum flow of one sample by breadth-first augmenting paths, each search scanning arcs
+// in the network's fixed order, so that the same paths and the same residual network come out
+// on every run.
 #include "partition/flow.h"
 
-#include "base/text.h"
+#include <algorithm>
 
 namespace quarnel {
 
 namespace {
-
-constexpr int kNoPredecessor = -1;
-
-enum SearchLabel : int32_t { kNotReached = 0, kScanned = 1, kQueued = 2 };
 
 // Capacities come from contact weights, which an extreme -bw can push to the limits of 32 bits;
 // the residual arithmetic saturates there instead of overflowing. Ordinary runs never get near.
@@ -22,144 +18,277 @@ int32_t SaturatedSum(int32_t a, int32_t b) {
   return static_cast<int32_t>(sum);
 }
 
-}  // namespace
-
-FlowArc* PushArc(AdjacencyList& list, int tail, int32_t head, int32_t capacity) {
-  list.arcs.push_back(FlowArc{head, 0, capacity, capacity, list.head[tail], nullptr});
-  FlowArc* arc = &list.arcs.back();
-  list.head[tail] = arc;
-  return arc;
-}
-
-void GenerateGraph(const std::vector<WeightedPair>& pairs, int nodes, const AnchorPair* anchors,
-                   int extremes, FlowNetwork& network) {
-  network.source = nodes - 2;
-  network.sink = nodes - 1;
-  network.nodes.resize(static_cast<size_t>(nodes));
-  AdjacencyList& list = network.list;
-  list.arcs.clear();
-  list.head.assign(static_cast<size_t>(nodes), nullptr);
-  for (int i = 0; i < nodes; ++i) network.nodes[i] = FlowNode{i, 0};
-
-  for (int k = 0; k < extremes; ++k) PushArc(list, network.source, anchors[k].source, kAnchorCapacity);
-
-  for (const WeightedPair& pair : pairs) {
-    FlowArc* forward = PushArc(list, pair.i, pair.j, pair.weight);
-    FlowArc* backward = PushArc(list, pair.j, pair.i, pair.weight);
-    forward->reverse = backward;
-    backward->reverse = forward;
+// A new search number; when the numbers wrap, every stamp is cleared once.
+uint32_t NextSearch(FlowScratch& scratch) {
+  if (++scratch.search == 0) {
+    std::fill(scratch.stamp.begin(), scratch.stamp.end(), 0);
+    scratch.search = 1;
   }
-
-  for (int k = 0; k < extremes; ++k) PushArc(list, anchors[k].sink, network.sink, kAnchorCapacity);
+  return scratch.search;
 }
 
-void EnQueue(Queue& queue, int32_t node) {
-  int32_t slots = static_cast<int32_t>(queue.slots.size());
-  queue.slots[queue.write] = node;
-  queue.write = queue.write + 1 == slots ? 0 : queue.write + 1;
-  if (queue.read == queue.write + 1)
-    Fail(Status::kQueueOverflow, Stream::kStdout,
-         "The queue size (MAXNUMNODES) is too small. Overflow!!\n");
-}
-
-void DeQueue(Queue& queue) {
-  int32_t slots = static_cast<int32_t>(queue.slots.size());
-  if (queue.read == slots - 1) {
-    queue.read = 0;
-    Fail(Status::kQueueStop, Stream::kStdout, "stop !\n");
+void Prepare(const FlowNetwork& network, FlowScratch& scratch) {
+  const size_t nodes = static_cast<size_t>(network.size());
+  if (scratch.stamp.size() != nodes) {
+    scratch.stamp.assign(nodes, 0);
+    scratch.search = 0;
   }
-  queue.read = queue.read + 1;
+  scratch.distance.resize(nodes);
+  scratch.predecessor.resize(nodes);
+  scratch.predecessorArc.resize(nodes);
+  scratch.queue.resize(nodes);
 }
 
-bool FindAugmentingPath(FlowNetwork& network, FlowScratch& scratch, int* length,
-                        std::vector<Message>& messages) {
-  const int nodes = network.size();
-  std::vector<FlowNode>& flowNodes = network.nodes;
-  // Every node is queued at most once, so a queue one slot longer than the network never wraps.
-  scratch.predecessor.assign(static_cast<size_t>(nodes), kNoPredecessor);
-  scratch.distance.assign(static_cast<size_t>(nodes), kUnreachedDistance);
-  Queue& queue = scratch.queue;
-  queue.slots.assign(static_cast<size_t>(nodes) + 2, 0);
-  queue.read = 0;
-  queue.write = 0;
-
-  for (int v = 0; v < nodes; ++v) flowNodes[v].label = kNotReached;
-  flowNodes[network.source].label = kQueued;
+// A breadth-first search from the source, scanning arcs in the fixed order and stopping when
+// the sink is reached. A node's predecessor is fixed when the node is first reached, so the
+// path to the sink is settled the moment the sink is reached: scanning on to the end of the
+// queue, as a complete search would, could change nothing but which nodes this search reached.
+// Every node nearer the source than the sink has been reached by then.
+bool BreadthFirst(const FlowNetwork& network, FlowScratch& scratch) {
+  Prepare(network, scratch);
+  const uint32_t search = NextSearch(scratch);
+  std::vector<uint32_t>& stamp = scratch.stamp;
+  std::vector<int32_t>& queue = scratch.queue;
+  size_t read = 0, write = 0;
+  stamp[network.source] = search;
   scratch.distance[network.source] = 0;
-  EnQueue(queue, network.source);
-
-  // A node's predecessor is fixed when the node is first reached, so the path to the sink is
-  // settled the moment the sink is reached: scanning on to the end of the queue, as the
-  // breadth-first search is defined, could change nothing but the labels of this search. Only
-  // the labels of the last, pathless search are read afterwards, and that search reaches no sink
-  // and scans the whole reachable part. So a search stops as soon as it reaches the sink.
-  bool reachedSink = false;
-  while (queue.read != queue.write && !reachedSink) {
-    int32_t u = queue.slots[queue.read];
-    for (FlowArc* arc = network.list.head[u]; arc != nullptr; arc = arc->next) {
-      int32_t v = arc->head;
-      if (arc->residual >= 1 && flowNodes[v].label == kNotReached) {
-        flowNodes[v].label = kQueued;
-        scratch.distance[v] = scratch.distance[u] + 1;
-        scratch.predecessor[v] = u;
-        EnQueue(queue, v);
-        if (v == network.sink) {
-          reachedSink = true;
-          break;
-        }
-      }
-    }
-    if (reachedSink) break;
-    DeQueue(queue);
-    flowNodes[u].label = kScanned;
-  }
-
-  if (reachedSink) {
-    int32_t sinkDistance = scratch.distance[network.sink];
-    if (scratch.path.size() < static_cast<size_t>(sinkDistance))
-      scratch.path.resize(static_cast<size_t>(sinkDistance));
-    for (int32_t v = network.sink; v != network.source; v = scratch.predecessor[v]) {
-      int32_t u = scratch.predecessor[v];
-      FlowArc* arc = network.list.head[u];
-      while (arc != nullptr && arc->head != v) arc = arc->next;
-      if (arc == nullptr)
-        Fail(Status::kEngineFault, Stream::kStdout, "Something is wrong. CHECK -2!!!\n");
-      scratch.path[scratch.distance[v] - 1] = arc;
-    }
-    *length = sinkDistance;
-    return true;
-  }
-
-  // A complete search leaves every node either unreached or scanned.
-  for (int v = 0; v < nodes; ++v) {
-    if (flowNodes[v].label != kNotReached && flowNodes[v].label != kScanned)
-      messages.push_back(Message{Stream::kStdout, Format(" WARNING: ndx=%d, Size=%d\n", v, nodes)});
+  queue[write++] = network.source;
+  while (read != write) {
+    const int32_t u = queue[read++];
+    const int32_t next = scratch.distance[u] + 1;
+    const bool reachedSink = ForEachArc(network, u, [&](int32_t arc, int32_t v) {
+      if (network.residual[arc] < 1 || stamp[v] == search) return false;
+      stamp[v] = search;
+      scratch.distance[v] = next;
+      scratch.predecessor[v] = u;
+      scratch.predecessorArc[v] = arc;
+      queue[write++] = v;
+      return v == network.sink;
+    });
+    if (reachedSink) return true;
   }
   return false;
 }
 
-int32_t DomainBiPartition(FlowNetwork& network, FlowScratch& scratch, std::vector<Message>& messages) {
-  int32_t total = 0;
-  for (;;) {
-    int length = 0;
-    if (!FindAugmentingPath(network, scratch, &length, messages)) return total;
-    std::vector<FlowArc*>& path = scratch.path;
-
-    int32_t bottleneck = kAnchorCapacity;
-    for (int i = 0; i < length; ++i) {
-      if (path[i]->residual < bottleneck) bottleneck = path[i]->residual;
-    }
-    total += bottleneck;
-    if (bottleneck < 1)
-      Fail(Status::kBottleneck, Stream::kStdout, "Something is wrong. CHECK -1!!!\n");
-
-    for (int i = 0; i < length; ++i) path[i]->flow += bottleneck;
-    // The first arc leaves the source and the last enters the sink: neither has a partner.
-    for (int i = 1; i < length - 1; ++i) path[i]->reverse->flow = -path[i]->flow;
-    for (int i = 0; i < length; ++i) path[i]->residual = SaturatedSum(path[i]->capacity, -path[i]->flow);
-    for (int i = 1; i < length - 1; ++i)
-      path[i]->reverse->residual = SaturatedSum(path[i]->capacity, path[i]->flow);
+void TracePath(const FlowNetwork& network, FlowScratch& scratch, int* length) {
+  const int32_t sinkDistance = scratch.distance[network.sink];
+  scratch.path.resize(static_cast<size_t>(sinkDistance));
+  scratch.pathNodes.resize(static_cast<size_t>(sinkDistance) + 1);
+  for (int32_t v = network.sink; v != network.source; v = scratch.predecessor[v]) {
+    scratch.path[scratch.distance[v] - 1] = scratch.predecessorArc[v];
+    scratch.pathNodes[scratch.distance[v]] = v;
   }
+  scratch.pathNodes[0] = network.source;
+  *length = sinkDistance;
+}
+
+int32_t Augment(FlowNetwork& network, const std::vector<int32_t>& path, int length) {
+  const LevelArcs& arcs = *network.arcs;
+  int32_t bottleneck = kAnchorCapacity;
+  for (int i = 0; i < length; ++i) bottleneck = std::min(bottleneck, network.residual[path[i]]);
+  if (bottleneck < 1) Fail(Status::kBottleneck, Stream::kStdout, "Something is wrong. CHECK -1!!!\n");
+  for (int i = 0; i < length; ++i) network.flow[path[i]] += bottleneck;
+  // The first arc leaves the source and the last enters the sink: neither has a partner.
+  for (int i = 0; i < length; ++i) {
+    const int32_t arc = path[i];
+    network.residual[arc] = SaturatedSum(network.Capacity(arc), -network.flow[arc]);
+    if (i == 0 || i == length - 1) continue;
+    const int32_t partner = arcs.reverse[arc];
+    network.flow[partner] = -network.flow[arc];
+    network.residual[partner] = SaturatedSum(arcs.capacity[arc], network.flow[arc]);
+  }
+  return bottleneck;
+}
+
+// Moves the node's place on to its next arc that climbs one level, has residual left and leads
+// to a node not known to be dead; false when there is none.
+bool NextUsefulArc(const FlowNetwork& network, FlowScratch& scratch, int32_t u, uint32_t levelled,
+                   int32_t* arc, int32_t* head) {
+  const int32_t up = scratch.distance[u] + 1;
+  int32_t& slot = scratch.currentSlot[u];
+  auto useful = [&](int32_t a, int32_t v) {
+    return network.residual[a] >= 1 && scratch.stamp[v] == levelled && scratch.distance[v] == up &&
+           scratch.dead[v] == 0;
+  };
+  if (u == network.source) {
+    const int32_t count = static_cast<int32_t>(network.sourceHead.size());
+    for (; slot < count; ++slot) {
+      *arc = network.SourceArc(slot);
+      *head = network.sourceHead[slot];
+      if (useful(*arc, *head)) return true;
+    }
+    return false;
+  }
+  // A residue's arc into the sink, when it has one, is its place 0.
+  const int32_t sinkArc = network.sinkArc[u];
+  const int32_t shift = sinkArc != kNoArc ? 1 : 0;
+  if (slot == 0 && shift == 1) {
+    if (useful(sinkArc, network.sink)) {
+      *arc = sinkArc;
+      *head = network.sink;
+      return true;
+    }
+    slot = 1;
+  }
+  const LevelArcs& arcs = *network.arcs;
+  const int32_t first = arcs.first[u] - shift;
+  const int32_t count = arcs.first[u + 1] - first;
+  for (; slot < count; ++slot) {
+    const int32_t a = first + slot;
+    if (useful(a, arcs.head[a])) {
+      *arc = a;
+      *head = arcs.head[a];
+      return true;
+    }
+  }
+  return false;
+}
+
+// Every augmenting path of one round, the round of paths as long as the one the last
+// breadth-first search found (its distances are the levels). Each is taken depth first, arcs
+// in scan order, over arcs that climb one level: the first path so found is the one whose arcs'
+// places in their scan orders, read from the source, come first, which is the path a
+// breadth-first search finds. An arc found useless (dry, or leading nowhere) stays useless for
+// the round, since the round only takes residual from arcs that climb; so each node keeps the
+// place where its next useful arc may be.
+int32_t AugmentRound(FlowNetwork& network, FlowScratch& scratch) {
+  const size_t nodes = static_cast<size_t>(network.size());
+  const uint32_t levelled = scratch.search;
+  scratch.currentSlot.assign(nodes, 0);
+  scratch.dead.assign(nodes, 0);
+  std::vector<int32_t>& path = scratch.path;
+  std::vector<int32_t>& stack = scratch.pathNodes;
+  path.clear();
+  stack.assign(1, network.source);
+  int32_t total = 0;
+  while (!stack.empty()) {
+    const int32_t u = stack.back();
+    if (u == network.sink) {
+      const int length = static_cast<int>(path.size());
+      total += Augment(network, path, length);
+      // Back to the first arc that ran dry: the path up to it is where the next one starts.
+      int keep = 0;
+      while (keep < length && network.residual[path[keep]] >= 1) ++keep;
+      path.resize(static_cast<size_t>(keep));
+      stack.resize(static_cast<size_t>(keep) + 1);
+      continue;
+    }
+    int32_t arc = kNoArc, v = 0;
+    if (NextUsefulArc(network, scratch, u, levelled, &arc, &v)) {
+      path.push_back(arc);
+      stack.push_back(v);
+      continue;
+    }
+    scratch.dead[u] = 1;
+    stack.pop_back();
+    if (!stack.empty()) {
+      path.pop_back();
+      ++scratch.currentSlot[stack.back()];
+    }
+  }
+  return total;
+}
+
+}  // namespace
+
+// Taking the pairs from the last to the first appends each row's arcs to higher residues in
+// descending order, then its arcs to lower residues in descending order: the order of a list
+// whose arcs were put at the front for pairs taken first to last.
+LevelArcs BuildLevelArcs(const std::vector<WeightedPair>& pairs, int residues) {
+  LevelArcs arcs;
+  arcs.residues = residues;
+  arcs.first.assign(static_cast<size_t>(residues) + 1, 0);
+  for (const WeightedPair& pair : pairs) {
+    ++arcs.first[pair.i + 1];
+    ++arcs.first[pair.j + 1];
+  }
+  for (int v = 0; v < residues; ++v) arcs.first[v + 1] += arcs.first[v];
+  const size_t total = static_cast<size_t>(arcs.first[residues]);
+  arcs.head.resize(total);
+  arcs.capacity.resize(total);
+  arcs.reverse.resize(total);
+  std::vector<int32_t> next(arcs.first.begin(), arcs.first.end() - 1);
+  for (size_t p = pairs.size(); p-- > 0;) {
+    const WeightedPair& pair = pairs[p];
+    const int32_t forward = next[pair.i]++;
+    const int32_t backward = next[pair.j]++;
+    arcs.head[forward] = pair.j;
+    arcs.head[backward] = pair.i;
+    arcs.capacity[forward] = arcs.capacity[backward] = pair.weight;
+    arcs.reverse[forward] = backward;
+    arcs.reverse[backward] = forward;
+  }
+  return arcs;
+}
+
+void GenerateGraph(const LevelArcs& arcs, const AnchorPair* anchors, int extremes,
+                   FlowNetwork& network) {
+  const int nodes = arcs.residues + 2;
+  network.arcs = &arcs;
+  network.source = nodes - 2;
+  network.sink = nodes - 1;
+  network.nodes.resize(static_cast<size_t>(nodes));
+  for (int v = 0; v < nodes; ++v) network.nodes[v] = FlowNode{v, 0};
+
+  const int32_t residueArcs = static_cast<int32_t>(arcs.head.size());
+  const int32_t count = extremes > 0 ? extremes : 0;
+  network.residual.assign(arcs.capacity.begin(), arcs.capacity.end());
+  network.residual.resize(static_cast<size_t>(residueArcs + 2 * count), kAnchorCapacity);
+  network.flow.assign(network.residual.size(), 0);
+  // The source's list holds its set in reverse order; each sink-set residue's arc into the
+  // sink comes first in its own list.
+  network.sourceHead.resize(static_cast<size_t>(count));
+  for (int k = 0; k < count; ++k) network.sourceHead[k] = anchors[count - 1 - k].source;
+  network.sinkArc.assign(static_cast<size_t>(nodes), kNoArc);
+  for (int k = 0; k < count; ++k) network.sinkArc[anchors[k].sink] = residueArcs + count + k;
+}
+
+void GenerateGraph(const std::vector<WeightedPair>& pairs, int nodes, const AnchorPair* anchors,
+                   int extremes, FlowNetwork& network) {
+  network.ownArcs = BuildLevelArcs(pairs, nodes - 2);
+  GenerateGraph(network.ownArcs, anchors, extremes, network);
+}
+
+int32_t ArcCount(const FlowNetwork& network, int32_t node) {
+  if (node == network.source) return static_cast<int32_t>(network.sourceHead.size());
+  if (node == network.sink) return 0;
+  const int32_t residueArcs = network.arcs->first[node + 1] - network.arcs->first[node];
+  return residueArcs + (network.sinkArc[node] != kNoArc ? 1 : 0);
+}
+
+void ArcAt(const FlowNetwork& network, int32_t node, int32_t slot, int32_t* arc, int32_t* head) {
+  if (node == network.source) {
+    *arc = network.SourceArc(slot);
+    *head = network.sourceHead[slot];
+    return;
+  }
+  if (network.sinkArc[node] != kNoArc) {
+    if (slot == 0) {
+      *arc = network.sinkArc[node];
+      *head = network.sink;
+      return;
+    }
+    --slot;
+  }
+  *arc = network.arcs->first[node] + slot;
+  *head = network.arcs->head[*arc];
+}
+
+bool FindAugmentingPath(const FlowNetwork& network, FlowScratch& scratch, int* length) {
+  if (!BreadthFirst(network, scratch)) return false;
+  TracePath(network, scratch, length);
+  return true;
+}
+
+// Breadth-first augmenting paths: each path is the one a breadth-first search from the source
+// finds. Paths of one length are taken in rounds (see AugmentRound); when a round is over, the
+// length has grown and a new search sets the next round's levels. The last search, finding no
+// path, leaves the nodes the source still reaches.
+int32_t DomainBiPartition(FlowNetwork& network, FlowScratch& scratch) {
+  int32_t total = 0;
+  while (BreadthFirst(network, scratch)) total += AugmentRound(network, scratch);
+  for (FlowNode& node : network.nodes) node.label = scratch.Reached(node.id) ? 1 : 0;
+  return total;
 }
 
 }  // namespace quarnel

@@ -1,10 +1,14 @@
 // The flow network of one sample: the level's residues plus a super-source and a super-sink,
 // solved by shortest augmenting paths; the residual network is left for the cut enumeration.
+//
+// Which minimum cut the residual network exposes depends on the exact order in which every
+// search scans the arcs of a node, so that order is fixed: a residue's arc to the sink first
+// (when it belongs to the sink set), then its arcs to other residues in descending order of the
+// other residue; the source's arcs in reverse order of the source set. This is the order of
+// lists built by putting every new arc at the front, kept here in compressed rows.
 #pragma once
 
 #include <cstdint>
-#include <deque>
-#include <string>
 #include <vector>
 
 #include "base/status.h"
@@ -16,81 +20,106 @@ struct FlowNode {
   int32_t label;
 };
 
-struct FlowArc {
-  int32_t head;
-  int32_t flow;
-  int32_t capacity;
-  int32_t residual;
-  FlowArc* next;
-  FlowArc* reverse;
-};
-
-// Per node, the first arc of its singly linked list of leaving arcs; the records themselves
-// live in `arcs`, whose addresses stay put while it grows.
-struct AdjacencyList {
-  std::vector<FlowArc*> head;
-  std::deque<FlowArc> arcs;
-};
-
-// Nodes 0 .. n-1 are the level's residues by slice position; source and sink come last.
-struct FlowNetwork {
-  std::vector<FlowNode> nodes;
-  AdjacencyList list;
-  int32_t source = 0;
-  int32_t sink = 0;
-
-  int32_t size() const { return static_cast<int32_t>(nodes.size()); }
-};
-
 // The k-th member of the source set and the k-th member of the sink set.
 struct AnchorPair {
   int32_t source;
   int32_t sink;
 };
 
-// The residue pairs i < j of a level with a non-zero weight, i ascending then j ascending: the
-// order in which their arcs enter the network. A level lists them once for all its samples.
+// The residue pairs i < j of a level with a non-zero weight, i ascending then j ascending.
 struct WeightedPair {
   int32_t i, j;
   int32_t weight;
 };
 
+// The arcs between residues of one level, the same for all its samples: each contact gives an
+// arc each way with the contact's weight as capacity, each the other's reverse.
+struct LevelArcs {
+  int32_t residues = 0;
+  std::vector<int32_t> first;     // the arcs of residue v are first[v] .. first[v + 1] - 1
+  std::vector<int32_t> head;
+  std::vector<int32_t> capacity;
+  std::vector<int32_t> reverse;
+};
+
+LevelArcs BuildLevelArcs(const std::vector<WeightedPair>& pairs, int residues);
+
 constexpr int32_t kAnchorCapacity = 1000000;  // arcs from the source and into the sink
-constexpr int32_t kUnreachedDistance = 10000;
+constexpr int32_t kNoArc = -1;
 
-// The search queue: a ring of node numbers with a read and a write position.
-struct Queue {
-  int32_t read = 0;
-  int32_t write = 0;
-  std::vector<int32_t> slots;
+// One sample's network. Arcs are numbered: the level's residue arcs, then the source's arcs in
+// list order, then the arcs into the sink in anchor order.
+struct FlowNetwork {
+  const LevelArcs* arcs = nullptr;
+  LevelArcs ownArcs;                  // when the network was built from pairs directly
+  int32_t source = 0;
+  int32_t sink = 0;
+  std::vector<FlowNode> nodes;
+  std::vector<int32_t> residual;
+  std::vector<int32_t> flow;
+  std::vector<int32_t> sourceHead;    // heads of the source's arcs, in list order
+  std::vector<int32_t> sinkArc;       // per residue, its arc into the sink or kNoArc
+
+  int32_t size() const { return static_cast<int32_t>(nodes.size()); }
+  int32_t residueArcs() const { return static_cast<int32_t>(arcs->head.size()); }
+  int32_t SourceArc(int k) const { return residueArcs() + k; }
+  int32_t Capacity(int32_t arc) const {
+    return arc < residueArcs() ? arcs->capacity[arc] : kAnchorCapacity;
+  }
 };
 
-// What one breadth-first search needs besides the network; reused from search to search.
+// The number of arcs leaving `node`, and the arc in a given place of its fixed scan order.
+int32_t ArcCount(const FlowNetwork& network, int32_t node);
+void ArcAt(const FlowNetwork& network, int32_t node, int32_t slot, int32_t* arc, int32_t* head);
+
+// Calls visit(arc, head) for every arc leaving `node`, in the fixed scan order; stops early
+// when visit returns true, and then returns true.
+template <typename Visit>
+bool ForEachArc(const FlowNetwork& network, int32_t node, Visit&& visit) {
+  if (node == network.source) {
+    for (int k = 0; k < static_cast<int>(network.sourceHead.size()); ++k)
+      if (visit(network.SourceArc(k), network.sourceHead[k])) return true;
+    return false;
+  }
+  if (node == network.sink) return false;
+  if (network.sinkArc[node] != kNoArc && visit(network.sinkArc[node], network.sink)) return true;
+  const LevelArcs& arcs = *network.arcs;
+  for (int32_t arc = arcs.first[node]; arc < arcs.first[node + 1]; ++arc)
+    if (visit(arc, arcs.head[arc])) return true;
+  return false;
+}
+
+// The state of the searches of one flow problem, reused from search to search and from
+// sample to sample. A node is reached in the current breadth-first search when its stamp is
+// the search's number.
 struct FlowScratch {
-  std::vector<int32_t> predecessor;
+  std::vector<uint32_t> stamp;
+  uint32_t search = 0;
   std::vector<int32_t> distance;
-  Queue queue;
-  std::vector<FlowArc*> path;
+  std::vector<int32_t> predecessor;
+  std::vector<int32_t> predecessorArc;
+  std::vector<int32_t> queue;
+  std::vector<int32_t> path;         // arcs of the last path found, source first
+  std::vector<int32_t> pathNodes;    // its nodes, source first
+  std::vector<int32_t> currentSlot;  // per node, the first of its arcs that may still serve
+  std::vector<uint8_t> dead;         // per node, no path to the sink left this round
+
+  bool Reached(int32_t v) const { return stamp[v] == search; }
 };
 
-// Builds the network of `nodes` nodes (residues plus source and sink) from the level's weighted
-// pairs and the anchor sets (`extremes` pairs).
+// A sample's network over a level's residue arcs and its anchor sets (`extremes` pairs).
+void GenerateGraph(const LevelArcs& arcs, const AnchorPair* anchors, int extremes,
+                   FlowNetwork& network);
+// The same for a network of `nodes` nodes built from its weighted pairs alone.
 void GenerateGraph(const std::vector<WeightedPair>& pairs, int nodes, const AnchorPair* anchors,
                    int extremes, FlowNetwork& network);
 
-// Pushes a maximum flow; returns its value and leaves the residual network. Consistency reports
-// of the searches are appended to `messages`.
-int32_t DomainBiPartition(FlowNetwork& network, FlowScratch& scratch, std::vector<Message>& messages);
+// Pushes a maximum flow; returns its value and leaves the residual network, with label 1 on the
+// nodes the source still reaches and 0 on the others.
+int32_t DomainBiPartition(FlowNetwork& network, FlowScratch& scratch);
 
-// One breadth-first search for a shortest augmenting path; true when one was found, its arcs
-// then in scratch.path[0 .. length).
-bool FindAugmentingPath(FlowNetwork& network, FlowScratch& scratch, int* length,
-                        std::vector<Message>& messages);
-
-void EnQueue(Queue& queue, int32_t node);
-void DeQueue(Queue& queue);
-
-// Puts a new arc at the front of a node's list and returns it.
-FlowArc* PushArc(AdjacencyList& list, int tail, int32_t head, int32_t capacity);
+// One breadth-first search for a shortest augmenting path from scratch; true when one was
+// found, its arcs then in scratch.path[0 .. length).
+bool FindAugmentingPath(const FlowNetwork& network, FlowScratch& scratch, int* length);
 
 }  // namespace quarnel

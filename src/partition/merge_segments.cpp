@@ -89,7 +89,7 @@ bool ShortTerminal(const Params& params, const Segment& s, bool atChainEnd) {
 }  // namespace
 
 void MergeSegments(const Params& params, Residue* slice, int n) {
-  SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
+  SortByIndex(slice, n);
   if (n <= 0) return;
 
   std::vector<Segment> segments = BuildSegments(slice, n);

@@ -5,8 +5,11 @@
 // solved, so a run always repeats itself.
 #include "partition/multicut.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <exception>
+#include <new>
 
 #include "base/sort.h"
 #include "base/text.h"
@@ -30,12 +33,15 @@ struct Sample {
   int32_t sink;
 };
 
-// What one sample's flow problem gave.
+// What one sample's flow problem gave. Its residues are its own copy of the level's slice,
+// left as its candidate listing left them.
 struct SampleOutcome {
   bool judged = false;  // false when its flow was too large to enumerate
   float score = kRejectedScore;
   CutScores scores = kRejectedCutScores;
   std::vector<int32_t> labels;  // part, plus kMergedCode when merged, by slice position
+  std::vector<Residue> slice;
+  std::exception_ptr failure;   // a designed failure met on the way
 };
 
 // The slice's residues by CA distance from one residue, nearest first.
@@ -218,30 +224,63 @@ std::vector<WeightedPair> WeightedPairs(const LevelMatrix& level) {
   return pairs;
 }
 
-// One sample's flow problem and its best candidate cut. The slice is reordered and relabelled.
-SampleOutcome EvaluateSample(const Engine& engine, const LevelMatrix& level,
-                             const std::vector<WeightedPair>& weighted, const Sample& sample,
-                             Residue* slice, FlowNetwork& network) {
-  const Params& params = engine.params;
-  const int n = level.size();
-  std::vector<DistanceEntry> nearSource = SortedByDistance(level, sample.source);
-  std::vector<DistanceEntry> nearSink = SortedByDistance(level, sample.sink);
+// What every sample of a level shares, read-only.
+struct LevelData {
+  const Params& params;
+  const LevelMatrix& level;
+  const LevelArcs arcs;
+  const CutJudge judge;
+};
+
+// One sample's flow problem and its best candidate cut, on the sample's own copy of the slice.
+void EvaluateSample(const LevelData& data, const Sample& sample, FlowScratch& scratch,
+                    SampleOutcome& outcome) {
+  const Params& params = data.params;
+  const int n = data.level.size();
+  std::vector<DistanceEntry> nearSource = SortedByDistance(data.level, sample.source);
+  std::vector<DistanceEntry> nearSink = SortedByDistance(data.level, sample.sink);
   std::vector<AnchorPair> anchors(static_cast<size_t>(params.NumExtremes));
   for (int k = 0; k < params.NumExtremes; ++k)
     anchors[k] = AnchorPair{nearSource[k].position, nearSink[k].position};
 
-  GenerateGraph(weighted, n + 2, anchors.data(), params.NumExtremes, network);
-  int32_t flow = DomainBiPartition(network, engine.context.flow, engine.context.messages);
+  FlowNetwork network;
+  GenerateGraph(data.arcs, anchors.data(), params.NumExtremes, network);
+  const int32_t flow = DomainBiPartition(network, scratch);
+  if (flow > kMaxFlowToJudge && params.MaxNumDom != kDefaultMaxNumDom) return;
 
-  SampleOutcome outcome;
-  if (flow <= kMaxFlowToJudge || params.MaxNumDom == kDefaultMaxNumDom) {
-    outcome.judged = true;
-    outcome.score = GenerateAllBiPartition(params, engine.contacts, network, slice, &outcome.scores);
-    outcome.labels.resize(static_cast<size_t>(n));
-    for (int i = 0; i < n; ++i)
-      outcome.labels[i] = slice[i].part + (slice[i].merged > 0 ? kMergedCode : 0);
-  }
-  return outcome;
+  outcome.judged = true;
+  Residue* slice = outcome.slice.data();
+  outcome.score = GenerateAllBiPartition(params, data.judge, network, slice, &outcome.scores);
+  outcome.labels.resize(static_cast<size_t>(n));
+  for (int i = 0; i < n; ++i) outcome.labels[i] = slice[i].part + (slice[i].merged > 0 ? kMergedCode : 0);
+}
+
+// Every sample of the level, on as many threads as the context has. Each works on its own copy
+// of the slice and its own scratch space, so the outcomes are those of computing them one by one.
+std::vector<SampleOutcome> EvaluateSamples(const Engine& engine, const LevelData& data,
+                                           const std::vector<Sample>& samples, const Residue* slice) {
+  RunContext& context = engine.context;
+  const int threads = context.workers != nullptr ? context.workers->threads() : 1;
+  if (context.flow.size() < static_cast<size_t>(threads)) context.flow.resize(static_cast<size_t>(threads));
+  const int n = data.level.size();
+  std::vector<SampleOutcome> outcomes(samples.size());
+  auto body = [&](int s, int worker) {
+    SampleOutcome& outcome = outcomes[s];
+    try {
+      outcome.slice.assign(slice, slice + n);
+      EvaluateSample(data, samples[s], context.flow[worker], outcome);
+    } catch (const Failure&) {
+      outcome.failure = std::current_exception();
+    } catch (const std::bad_alloc&) {
+      outcome.failure = std::make_exception_ptr(
+          Failure(Status::kAllocation, Stream::kStdout, kAllocationFailedText));
+    }
+  };
+  if (context.workers != nullptr)
+    context.workers->ParallelFor(static_cast<int>(samples.size()), body);
+  else
+    for (int s = 0; s < static_cast<int>(samples.size()); ++s) body(s, 0);
+  return outcomes;
 }
 
 }  // namespace
@@ -310,30 +349,40 @@ int MultiCut(const Engine& engine, Residue* slice, const LevelMatrix& level, int
   std::vector<Sample> samples;
   if (!BuildSamples(engine, slice, level, samples)) return 0;
 
-  const std::vector<WeightedPair> weighted = WeightedPairs(level);
-  FlowNetwork network;
-  std::vector<int32_t> bestLabels;
-  CutScores bestScores = kRejectedCutScores;
+  const LevelData data{engine.params, level, BuildLevelArcs(WeightedPairs(level), n),
+                       CutJudge(engine.params, engine.contacts, slice, n)};
+  std::vector<SampleOutcome> outcomes = EvaluateSamples(engine, data, samples, slice);
+
+  // The outcomes are taken in sample order, as one thread would meet them: only the earliest
+  // strictly lowest sample wins, and a failure ends the search where that thread would stop.
+  int winner = -1;
+  int lastJudged = -1;
   float bestScore = kRejectedScore;
-  for (const Sample& sample : samples) {
-    SampleOutcome outcome = EvaluateSample(engine, level, weighted, sample, slice, network);
-    // Only the earliest strictly lowest sample can win, so only its labels are kept.
-    if (outcome.judged && outcome.score < bestScore) {
+  for (int s = 0; s < static_cast<int>(outcomes.size()); ++s) {
+    SampleOutcome& outcome = outcomes[s];
+    if (outcome.failure) std::rethrow_exception(outcome.failure);
+    if (!outcome.judged) continue;
+    lastJudged = s;
+    if (outcome.score < bestScore) {
       bestScore = outcome.score;
-      bestScores = outcome.scores;
-      bestLabels = std::move(outcome.labels);
+      winner = s;
     }
   }
-  if (bestScore >= kRejectedScore || bestScore > kWorstAcceptedScore) return 0;
+  if (winner < 0 || bestScore > kWorstAcceptedScore) {
+    // The slice is left as the last sample that listed candidates left it.
+    if (lastJudged >= 0) std::copy(outcomes[lastJudged].slice.begin(), outcomes[lastJudged].slice.end(), slice);
+    return 0;
+  }
 
-  *scores = bestScores;
-  SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare3);
+  const SampleOutcome& best = outcomes[winner];
+  *scores = best.scores;
+  SortByIndex(slice, n);
   for (int i = 0; i < n; ++i) {
-    if (bestLabels[i] > kMergedCode - 1) {
-      slice[i].part = bestLabels[i] - kMergedCode;
+    if (best.labels[i] > kMergedCode - 1) {
+      slice[i].part = best.labels[i] - kMergedCode;
       slice[i].merged = 1;
     } else {
-      slice[i].part = bestLabels[i];
+      slice[i].part = best.labels[i];
       slice[i].merged = 0;
     }
   }

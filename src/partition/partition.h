@@ -55,6 +55,10 @@ struct Engine {
 int compare3(const void* a, const void* b);
 int compare2(const void* a, const void* b);
 
+// Puts residues in chain order. Indices are distinct, so chain order is one order whatever the
+// sort: residues already in it are left as they are without sorting again.
+void SortByIndex(Residue* residues, int n);
+
 // Divides the slice of n residues recursively; every residue gets its domain number and the
 // scores of the cut that made it, and `partition` every cut.
 void DomainParition(const Engine& engine, Partition& partition, Residue* slice, int n);

@@ -1,0 +1,70 @@
+// The worker pool: one batch of indices at a time, handed out one by one to whichever thread
+// asks next.
+#include "base/workers.h"
+
+namespace quarnel {
+
+WorkerPool::WorkerPool(int threads) {
+  for (int w = 1; w < threads; ++w) workers_.emplace_back([this, w] { WorkerLoop(w); });
+}
+
+WorkerPool::~WorkerPool() {
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    stopping_ = true;
+  }
+  wake_.notify_all();
+  for (std::thread& worker : workers_) worker.join();
+}
+
+int WorkerPool::DefaultThreads() {
+  const unsigned cores = std::thread::hardware_concurrency();
+  return cores > 0 ? static_cast<int>(cores) : 1;
+}
+
+void WorkerPool::RunIndices(int worker) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  while (next_ < count_) {
+    const int index = next_++;
+    const std::function<void(int, int)>& body = *body_;
+    lock.unlock();
+    body(index, worker);
+    lock.lock();
+  }
+}
+
+void WorkerPool::WorkerLoop(int worker) {
+  uint64_t seen = 0;
+  std::unique_lock<std::mutex> lock(mutex_);
+  for (;;) {
+    wake_.wait(lock, [&] { return stopping_ || generation_ != seen; });
+    if (stopping_) return;
+    seen = generation_;
+    ++busy_;
+    lock.unlock();
+    RunIndices(worker);
+    lock.lock();
+    if (--busy_ == 0) done_.notify_all();
+  }
+}
+
+void WorkerPool::ParallelFor(int count, const std::function<void(int, int)>& body) {
+  if (workers_.empty() || count <= 1) {
+    for (int i = 0; i < count; ++i) body(i, 0);
+    return;
+  }
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    body_ = &body;
+    count_ = count;
+    next_ = 0;
+    ++generation_;
+  }
+  wake_.notify_all();
+  RunIndices(0);
+  std::unique_lock<std::mutex> lock(mutex_);
+  done_.wait(lock, [&] { return busy_ == 0 && next_ >= count_; });
+  body_ = nullptr;
+}
+
+}  // namespace quarnel

@@ -1,0 +1,49 @@
+// A fixed pool of worker threads for the independent pieces of one step (the samples of a
+// partition level). The caller's thread works too, so a pool of one thread is no thread at all
+// and gives the single-threaded order exactly.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace quarnel {
+
+class WorkerPool {
+ public:
+  // `threads` counts the caller's thread; 1 or less starts no thread.
+  explicit WorkerPool(int threads);
+  ~WorkerPool();
+  WorkerPool(const WorkerPool&) = delete;
+  WorkerPool& operator=(const WorkerPool&) = delete;
+
+  int threads() const { return static_cast<int>(workers_.size()) + 1; }
+
+  // Runs body(index, worker) for every index in [0, count), each exactly once, worker being a
+  // number in [0, threads()) that no two concurrent calls share. Returns when all are done.
+  // The body must not throw.
+  void ParallelFor(int count, const std::function<void(int index, int worker)>& body);
+
+  // The number of threads a pool should have when QUARNEL_THREADS does not say: the cores.
+  static int DefaultThreads();
+
+ private:
+  void WorkerLoop(int worker);
+  void RunIndices(int worker);
+
+  std::vector<std::thread> workers_;
+  std::mutex mutex_;
+  std::condition_variable wake_;
+  std::condition_variable done_;
+  const std::function<void(int, int)>* body_ = nullptr;
+  int count_ = 0;
+  int next_ = 0;
+  int busy_ = 0;
+  uint64_t generation_ = 0;
+  bool stopping_ = false;
+};
+
+}  // namespace quarnel
