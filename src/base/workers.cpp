@@ -67,4 +67,28 @@ void WorkerPool::ParallelFor(int count, const std::function<void(int, int)>& bod
   body_ = nullptr;
 }
 
+void ForChunks(WorkerPool* pool, int count, int chunks,
+               const std::function<void(int, int, int)>& body) {
+  if (count <= 0) return;
+  if (chunks < 1) chunks = 1;
+  auto range = [&](int chunk, int) {
+    const int first = static_cast<int>(static_cast<int64_t>(count) * chunk / chunks);
+    const int last = static_cast<int>(static_cast<int64_t>(count) * (chunk + 1) / chunks);
+    body(chunk, first, last);
+  };
+  if (pool != nullptr)
+    pool->ParallelFor(chunks, range);
+  else
+    for (int chunk = 0; chunk < chunks; ++chunk) range(chunk, 0);
+}
+
+int ChunksFor(const WorkerPool* pool, int count) {
+  constexpr int kChunksPerThread = 8;
+  constexpr int kSmallestChunk = 16;
+  if (pool == nullptr || pool->threads() <= 1) return 1;
+  const int wanted = pool->threads() * kChunksPerThread;
+  const int most = (count + kSmallestChunk - 1) / kSmallestChunk;
+  return wanted < most ? wanted : (most > 0 ? most : 1);
+}
+
 }  // namespace quarnel

@@ -46,4 +46,28 @@ class WorkerPool {
   bool stopping_ = false;
 };
 
+// Splits [0, count) into `chunks` consecutive ranges and runs body(chunk, first, last) for each,
+// on the pool's threads when there is a pool. Results kept per chunk and joined in chunk order
+// come out as one pass in order would give them.
+void ForChunks(WorkerPool* pool, int count, int chunks,
+               const std::function<void(int chunk, int first, int last)>& body);
+
+// A number of chunks that keeps every thread of the pool busy.
+int ChunksFor(const WorkerPool* pool, int count);
+
+// Items made row by row, row(i, items) appending those of row i, over ranges of rows on the
+// pool's threads; joined in range order they are the items of all rows in order.
+template <typename Item, typename Row>
+std::vector<Item> CollectRows(WorkerPool* pool, int rows, const Row& row) {
+  const int chunks = ChunksFor(pool, rows);
+  std::vector<std::vector<Item>> parts(static_cast<size_t>(chunks));
+  ForChunks(pool, rows, chunks, [&](int chunk, int first, int last) {
+    for (int i = first; i < last; ++i) row(i, parts[static_cast<size_t>(chunk)]);
+  });
+  if (parts.size() == 1) return std::move(parts[0]);
+  std::vector<Item> joined;
+  for (const std::vector<Item>& part : parts) joined.insert(joined.end(), part.begin(), part.end());
+  return joined;
+}
+
 }  // namespace quarnel

@@ -2,6 +2,8 @@
 // by the network; the partition stands or is handed back to be merged.
 #include "confidence/assessment.h"
 
+#include <exception>
+
 namespace quarnel {
 
 namespace {
@@ -47,13 +49,30 @@ void FeatureVector(const ProfileSource& source, const DomainDetail& record,
 }  // namespace
 
 Assessment Analyze(const ProfileSource& source, std::vector<DomainDetail>& records,
-                   std::vector<Message>& messages) {
+                   std::vector<Message>& messages, WorkerPool* workers) {
+  struct DomainFeatures {
+    float vector[kNetworkInputs];
+    std::vector<Message> messages;
+    std::exception_ptr failure;
+  };
+  std::vector<DomainFeatures> features(records.size());
+  ForChunks(workers, static_cast<int>(records.size()), static_cast<int>(records.size()),
+            [&](int d, int, int) {
+              try {
+                FeatureVector(source, records[d], features[d].messages, features[d].vector);
+              } catch (...) {
+                features[d].failure = std::current_exception();
+              }
+            });
+
   Assessment assessment;
   int flagged = 0;
   int low = 0;
-  for (DomainDetail& record : records) {
-    float vector[kNetworkInputs];
-    FeatureVector(source, record, messages, vector);
+  for (size_t d = 0; d < records.size(); ++d) {
+    DomainDetail& record = records[d];
+    messages.insert(messages.end(), features[d].messages.begin(), features[d].messages.end());
+    if (features[d].failure) std::rethrow_exception(features[d].failure);
+    const float* vector = features[d].vector;
     if (BeforeNN(vector) == 1) ++flagged;
     float score[1];
     testing(vector, score);

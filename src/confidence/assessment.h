@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "base/workers.h"
 #include "confidence/features.h"
 #include "confidence/testing.h"
 #include "output/domains.h"
@@ -15,9 +16,11 @@ struct Assessment {
   std::vector<float> scores;  // the network's score of each domain, in record order
 };
 
-// Judges a partition of two domains or more and stores each record's confidence.
+// Judges a partition of two domains or more and stores each record's confidence. The domains'
+// profiles are read on the pool's threads when there is a pool; what they note, and a failure,
+// come out in domain order, as reading them one by one would give.
 Assessment Analyze(const ProfileSource& source, std::vector<DomainDetail>& records,
-                   std::vector<Message>& messages);
+                   std::vector<Message>& messages, WorkerPool* workers = nullptr);
 
 // 0 when the domain is cleared by its cut scores alone, 1 when the network must judge it.
 int BeforeNN(const float features[kNetworkInputs]);

@@ -107,9 +107,8 @@ void AtomContacts(const Atom* a, int na, const Atom* b, int nb, float bbWeight, 
   }
 }
 
-// The run holds the chain's contact map and, while the top level is searched, the level's copy
-// of it. A chain for which they cannot fit in this machine's memory stops here, with the
-// allocation failure, instead of being killed by the system halfway through.
+// A chain whose contact map cannot fit in this machine's memory stops here, with the allocation
+// failure, instead of being killed by the system halfway through.
 constexpr double kUsableMemoryShare = 0.75;
 
 void RequireMemoryForContacts(int32_t residues) {
@@ -117,11 +116,11 @@ void RequireMemoryForContacts(int32_t residues) {
   long pageSize = sysconf(_SC_PAGE_SIZE);
   if (pages <= 0 || pageSize <= 0) return;
   double physical = static_cast<double>(pages) * static_cast<double>(pageSize);
-  double needed = 2.0 * static_cast<double>(residues) * static_cast<double>(residues) *
+  double needed = static_cast<double>(residues) * static_cast<double>(residues) *
                   static_cast<double>(sizeof(Contact));
   if (needed <= kUsableMemoryShare * physical) return;
   AllocationFailed(Format(
-      "quarnel: %d residues need %.1f GB for their contact matrices; this machine has %.1f GB",
+      "quarnel: %d residues need %.1f GB for their contact map; this machine has %.1f GB",
       residues, needed / 1e9, physical / 1e9));
 }
 
@@ -132,15 +131,14 @@ void SetWeight(ContactMap& contacts, int32_t i, int32_t j, int32_t weight) {
 
 }  // namespace
 
+// All bits zero is weight 0, count 0 and distance 0.0.
 ContactMap::ContactMap(int32_t n) : n_(n > 0 ? n : 0) {
-  try {
-    cells_.assign(static_cast<size_t>(n_) * static_cast<size_t>(n_), Contact{0, 0, 0.0f});
-  } catch (const std::bad_alloc&) {
-    AllocationFailed();
-  }
+  const size_t cells = static_cast<size_t>(n_) * static_cast<size_t>(n_);
+  cells_.reset(static_cast<Contact*>(std::calloc(cells > 0 ? cells : 1, sizeof(Contact))));
+  if (cells_ == nullptr) AllocationFailed();
 }
 
-ContactMap CalcContacts(const Structure& structure, const Params& params) {
+ContactMap CalcContacts(const Structure& structure, const Params& params, WorkerPool* workers) {
   const int32_t n = structure.size();
   RequireMemoryForContacts(n);
   ContactMap contacts(n);
@@ -152,21 +150,25 @@ ContactMap CalcContacts(const Structure& structure, const Params& params) {
     for (const Residue& r : residues) spheres.push_back(BoundingSphere(structure.AtomsOf(r), r.natoms));
   }
 
-  for (int32_t i = 0; i < n; ++i) {
-    for (int32_t j = i + 1; j < n; ++j) {
-      Contact cell{0, 0, CaDistance2(residues[i], residues[j])};
-      if (caOnly) {
-        int32_t contact = cell.dist2 < kCaContactDistance2 ? 1 : 0;
-        cell.weight = contact;
-        cell.count = contact;
-      } else if (!Apart(spheres[i], spheres[j])) {
-        AtomContacts(structure.AtomsOf(residues[i]), residues[i].natoms,
-                     structure.AtomsOf(residues[j]), residues[j].natoms, params.BBWeight, cell);
+  // Row i writes cells (i, j) and (j, i) for j > i only: no two rows write the same cell.
+  auto rows = [&](int, int first, int last) {
+    for (int32_t i = first; i < last; ++i) {
+      for (int32_t j = i + 1; j < n; ++j) {
+        Contact cell{0, 0, CaDistance2(residues[i], residues[j])};
+        if (caOnly) {
+          int32_t contact = cell.dist2 < kCaContactDistance2 ? 1 : 0;
+          cell.weight = contact;
+          cell.count = contact;
+        } else if (!Apart(spheres[i], spheres[j])) {
+          AtomContacts(structure.AtomsOf(residues[i]), residues[i].natoms,
+                       structure.AtomsOf(residues[j]), residues[j].natoms, params.BBWeight, cell);
+        }
+        contacts.at(i, j) = cell;
+        contacts.at(j, i) = cell;
       }
-      contacts.at(i, j) = cell;
-      contacts.at(j, i) = cell;
     }
-  }
+  };
+  ForChunks(workers, n, ChunksFor(workers, n), rows);
   return contacts;
 }
 

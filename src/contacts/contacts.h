@@ -3,9 +3,12 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <vector>
 
 #include "base/params.h"
+#include "base/workers.h"
 #include "structure/dssp_reader.h"
 #include "structure/protein.h"
 
@@ -23,7 +26,8 @@ constexpr float kCaContactDistance2 = 121.0f;  // 11 Angstrom, exclusive
 constexpr int32_t kStrandWeight = 1000;
 constexpr int32_t kBridgeWeight = 12;
 
-// A square matrix held in one block, row after row.
+// A square matrix held in one block, row after row, every cell zero to begin with. The block
+// comes zeroed from the system, so a large map costs no pass to clear it.
 class ContactMap {
  public:
   ContactMap() = default;
@@ -32,19 +36,24 @@ class ContactMap {
   int32_t size() const { return n_; }
   Contact& at(int32_t i, int32_t j) { return cells_[Offset(i, j)]; }
   const Contact& at(int32_t i, int32_t j) const { return cells_[Offset(i, j)]; }
-  const Contact* row(int32_t i) const { return cells_.data() + Offset(i, 0); }
+  const Contact* row(int32_t i) const { return cells_.get() + Offset(i, 0); }
 
  private:
+  struct Release {
+    void operator()(Contact* cells) const { std::free(cells); }
+  };
   size_t Offset(int32_t i, int32_t j) const {
     return static_cast<size_t>(i) * static_cast<size_t>(n_) + static_cast<size_t>(j);
   }
   int32_t n_ = 0;
-  std::vector<Contact> cells_;
+  std::unique_ptr<Contact[], Release> cells_;
 };
 
-// The contact map of the residues (in file order). A chain whose map cannot fit in this
-// machine's memory fails with the allocation failure, before any allocation is tried.
-ContactMap CalcContacts(const Structure& structure, const Params& params);
+// The contact map of the residues (in file order), its rows shared among the pool's threads
+// when there is a pool. A chain whose map cannot fit in this machine's memory fails with the
+// allocation failure, before any allocation is tried.
+ContactMap CalcContacts(const Structure& structure, const Params& params,
+                        WorkerPool* workers = nullptr);
 
 // Stores the table's letters and partners in the residues (in file order) and gives strand
 // neighbours and bridge partners their fixed weights.

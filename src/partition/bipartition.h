@@ -16,7 +16,8 @@ namespace quarnel {
 // sum stays an exact integer, so the scores are those of summing over all residue pairs.
 class CutJudge {
  public:
-  CutJudge(const Params& params, const ContactMap& contacts, const Residue* slice, int n);
+  CutJudge(const Params& params, const ContactMap& contacts, const Residue* slice, int n,
+           WorkerPool* workers = nullptr);
 
   // Acceptance and score of one candidate, the slice ordered by part with the split residues
   // of part 0 first; the slice may be reordered within each part.

@@ -33,7 +33,8 @@ constexpr uint8_t kSecondPart = 1;
 
 }  // namespace
 
-CutJudge::CutJudge(const Params& params, const ContactMap& contacts, const Residue* slice, int n)
+CutJudge::CutJudge(const Params& params, const ContactMap& contacts, const Residue* slice, int n,
+                   WorkerPool* workers)
     : params_(params), local_(static_cast<size_t>(contacts.size()), kNotInLevel) {
   residues_.resize(static_cast<size_t>(n));
   for (int r = 0; r < n; ++r) {
@@ -41,16 +42,16 @@ CutJudge::CutJudge(const Params& params, const ContactMap& contacts, const Resid
     residues_[r] = LevelResidue{slice[r].index, slice[r].bridge1, slice[r].bridge2, slice[r].ss};
   }
   // Each pair of the level's residues once, lower index first, where the contact counts at all.
-  for (int r = 0; r < n; ++r) {
+  pairs_ = CollectRows<LevelPair>(workers, n, [&](int r, std::vector<LevelPair>& pairs) {
     const int32_t i = slice[r].index;
     const Contact* row = contacts.row(i);
     for (int c = 0; c < n; ++c) {
       const int32_t j = slice[c].index;
       if (j <= i || j - i <= params.ResSep) continue;
       const Contact& cell = row[j];
-      if (cell.weight != 0 || cell.count != 0) pairs_.push_back(LevelPair{r, c, cell.weight, cell.count});
+      if (cell.weight != 0 || cell.count != 0) pairs.push_back(LevelPair{r, c, cell.weight, cell.count});
     }
-  }
+  });
 }
 
 std::vector<uint8_t> CutJudge::Sides(const Residue* slice, int split, int n) const {

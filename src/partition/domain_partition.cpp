@@ -45,7 +45,6 @@ void DomainParition(const Engine& engine, Partition& partition, Residue* slice, 
   CutScores scores = kRejectedCutScores;
   int found = 0;
   {
-    // The level's copy of the contacts lives only while its search runs.
     const LevelMatrix level(engine.contacts, slice, n);
     found = MultiCut(engine, slice, level, &split, &scores);
   }

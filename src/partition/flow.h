@@ -101,8 +101,10 @@ struct FlowScratch {
   std::vector<int32_t> queue;
   std::vector<int32_t> path;         // arcs of the last path found, source first
   std::vector<int32_t> pathNodes;    // its nodes, source first
-  std::vector<int32_t> currentSlot;  // per node, the first of its arcs that may still serve
-  std::vector<uint8_t> dead;         // per node, no path to the sink left this round
+  // Per node, for the current round of augmentations: the first of its arcs that may still
+  // serve, and whether it has no path to the sink left.
+  std::vector<int32_t> currentSlot;
+  std::vector<uint8_t> dead;
 
   bool Reached(int32_t v) const { return stamp[v] == search; }
 };

@@ -53,22 +53,39 @@ std::vector<DistanceEntry> SortedByDistance(const LevelMatrix& level, int from) 
   return list;
 }
 
-bool FarthestPair(const LevelMatrix& level, int* a, int* b) {
+// The best pair (larger distance first, the earlier in scan order on ties) among the pairs
+// whose first member lies in each range of rows; ranges are then taken in order, a later one
+// winning only when strictly farther, which is the scan of all rows in order.
+struct FarPair {
+  float distance = 0.0f;
+  int a = -1, b = -1;
+};
+
+template <typename Scan>
+FarPair FarthestInRows(WorkerPool* workers, int rows, const Scan& scan) {
+  const int chunks = ChunksFor(workers, rows);
+  std::vector<FarPair> best(static_cast<size_t>(chunks));
+  ForChunks(workers, rows, chunks, [&](int chunk, int first, int last) {
+    for (int i = first; i < last; ++i) scan(i, best[chunk]);
+  });
+  FarPair overall;
+  for (const FarPair& pair : best)
+    if (pair.a >= 0 && pair.distance > overall.distance) overall = pair;
+  return overall;
+}
+
+bool FarthestPair(WorkerPool* workers, const LevelMatrix& level, int* a, int* b) {
   const int n = level.size();
-  float best = 0.0f;
-  bool found = false;
-  for (int i = 0; i < n; ++i) {
+  const FarPair found = FarthestInRows(workers, n, [&](int i, FarPair& best) {
     for (int j = i + 1; j < n; ++j) {
-      float d = level.at(i, j).dist2;
-      if (d > best && static_cast<double>(d) < kFarthestLimit) {
-        best = d;
-        *a = i;
-        *b = j;
-        found = true;
-      }
+      const float d = level.at(i, j).dist2;
+      if (d > best.distance && static_cast<double>(d) < kFarthestLimit) best = FarPair{d, i, j};
     }
-  }
-  return found;
+  });
+  if (found.a < 0) return false;
+  *a = found.a;
+  *b = found.b;
+  return true;
 }
 
 // The weight across a split at k, accumulated in single precision in row order.
@@ -121,19 +138,17 @@ int SequenceSplit(const LevelMatrix& level) {
   return split;
 }
 
-void FarthestAcross(const LevelMatrix& level, int split, int* a, int* b) {
+void FarthestAcross(WorkerPool* workers, const LevelMatrix& level, int split, int* a, int* b) {
   const int n = level.size();
-  float best = 0.0f;
-  for (int i = 0; i < split; ++i) {
+  const FarPair found = FarthestInRows(workers, split, [&](int i, FarPair& best) {
     for (int j = split; j < n; ++j) {
-      float d = level.at(i, j).dist2;
-      if (d > best && static_cast<double>(d) < kAcrossSplitLimit) {
-        best = d;
-        *a = i;
-        *b = j;
-      }
+      const float d = level.at(i, j).dist2;
+      if (d > best.distance && static_cast<double>(d) < kAcrossSplitLimit) best = FarPair{d, i, j};
     }
-  }
+  });
+  if (found.a < 0) return;
+  *a = found.a;
+  *b = found.b;
 }
 
 int FindResidue(const Residue* slice, int n, int32_t resnum) {
@@ -158,10 +173,11 @@ void DrawAroundAnchors(const Params& params, Rand48& random, const LevelMatrix& 
     samples[first + s].sink = near[random.Pick(extremes)].position;
 }
 
-void DrawAcrossAxis(const Params& params, Rand48& random, const std::vector<Point3f>& points, int a,
-                    int b, std::vector<Sample>& samples) {
+void DrawAcrossAxis(const Params& params, RunContext& context, const std::vector<Point3f>& points,
+                    int a, int b, std::vector<Sample>& samples) {
+  Rand48& random = context.random;
   const int n = static_cast<int>(points.size());
-  std::vector<PointPair> pairs = SelectNewPoints(points.data(), n, points[a], points[b]);
+  std::vector<PointPair> pairs = SelectNewPoints(points.data(), n, points[a], points[b], context.workers);
   const int count = static_cast<int>(pairs.size());
   const int m = count < params.NumSamplePoints ? count : params.NumSamplePoints;
   if (m < 1) return;
@@ -195,10 +211,10 @@ bool BuildSamples(const Engine& engine, const Residue* slice, const LevelMatrix&
 
   int acrossA = a, acrossB = b;
   if (!userAnchors) {
-    if (!FarthestPair(level, &a, &b)) return false;
+    if (!FarthestPair(context.workers, level, &a, &b)) return false;
     acrossA = a;
     acrossB = b;
-    FarthestAcross(level, SequenceSplit(level), &acrossA, &acrossB);
+    FarthestAcross(context.workers, level, SequenceSplit(level), &acrossA, &acrossB);
   }
 
   DrawAroundAnchors(params, context.random, level, a, b, samples);
@@ -207,21 +223,20 @@ bool BuildSamples(const Engine& engine, const Residue* slice, const LevelMatrix&
     points[i] = Point3f{static_cast<float>(slice[i].ca[0]), static_cast<float>(slice[i].ca[1]),
                         static_cast<float>(slice[i].ca[2])};
   }
-  DrawAcrossAxis(params, context.random, points, a, b, samples);
+  DrawAcrossAxis(params, context, points, a, b, samples);
   if (!userAnchors && (acrossA != a || acrossB != b))
     DrawAroundAnchors(params, context.random, level, acrossA, acrossB, samples);
   return true;
 }
 
-std::vector<WeightedPair> WeightedPairs(const LevelMatrix& level) {
+std::vector<WeightedPair> WeightedPairs(WorkerPool* workers, const LevelMatrix& level) {
   const int n = level.size();
-  std::vector<WeightedPair> pairs;
-  for (int i = 0; i < n; ++i) {
+  return CollectRows<WeightedPair>(workers, n, [&](int i, std::vector<WeightedPair>& pairs) {
     for (int j = i + 1; j < n; ++j) {
-      if (level.at(i, j).weight != 0) pairs.push_back(WeightedPair{i, j, level.at(i, j).weight});
+      const int32_t weight = level.at(i, j).weight;
+      if (weight != 0) pairs.push_back(WeightedPair{i, j, weight});
     }
-  }
-  return pairs;
+  });
 }
 
 // What every sample of a level shares, read-only.
@@ -286,20 +301,9 @@ std::vector<SampleOutcome> EvaluateSamples(const Engine& engine, const LevelData
 }  // namespace
 
 LevelMatrix::LevelMatrix(const ContactMap& contacts, const Residue* slice, int n)
-    : n_(n > 0 ? n : 0) {
-  try {
-    cells_.resize(static_cast<size_t>(n_) * static_cast<size_t>(n_));
-  } catch (const std::bad_alloc&) {
-    AllocationFailed();
-  }
-  for (int r = 0; r < n_; ++r) {
-    const Contact* row = contacts.row(slice[r].index);
-    for (int c = 0; c < n_; ++c) {
-      const Contact& cell = row[slice[c].index];
-      cells_[static_cast<size_t>(r) * static_cast<size_t>(n_) + static_cast<size_t>(c)] =
-          Cell{cell.weight, cell.dist2};
-    }
-  }
+    : contacts_(contacts) {
+  index_.reserve(static_cast<size_t>(n > 0 ? n : 0));
+  for (int r = 0; r < n; ++r) index_.push_back(slice[r].index);
 }
 
 int compare1(const void* a, const void* b) {
@@ -327,18 +331,18 @@ static float PointDistance(Point3f p, Point3f q) {
   return static_cast<float>(std::sqrt(static_cast<double>(squared)));
 }
 
-std::vector<PointPair> SelectNewPoints(const Point3f* coords, int n, Point3f a, Point3f b) {
+std::vector<PointPair> SelectNewPoints(const Point3f* coords, int n, Point3f a, Point3f b,
+                                       WorkerPool* workers) {
   const float s = static_cast<float>(std::sin(kFiveDegrees));
   const float bigD = PointDistance(a, b);
-  std::vector<PointPair> pairs;
-  for (int p = 0; p < n; ++p) {
+  std::vector<PointPair> pairs = CollectRows<PointPair>(workers, n, [&](int p, std::vector<PointPair>& row) {
     for (int q = p + 1; q < n; ++q) {
-      float d = PointDistance(coords[p], coords[q]);
+      const float d = PointDistance(coords[p], coords[q]);
       if (static_cast<double>(d) > 0.5 * static_cast<double>(bigD) &&
           WithinBoundary(coords[p], coords[q], d, a, b, s, bigD) == 1)
-        pairs.push_back(PointPair{p, q, d});
+        row.push_back(PointPair{p, q, d});
     }
-  }
+  });
   SortRecords(pairs.data(), pairs.size(), sizeof(PointPair), comparepair);
   return pairs;
 }
@@ -349,8 +353,9 @@ int MultiCut(const Engine& engine, Residue* slice, const LevelMatrix& level, int
   std::vector<Sample> samples;
   if (!BuildSamples(engine, slice, level, samples)) return 0;
 
-  const LevelData data{engine.params, level, BuildLevelArcs(WeightedPairs(level), n),
-                       CutJudge(engine.params, engine.contacts, slice, n)};
+  WorkerPool* workers = engine.context.workers;
+  const LevelData data{engine.params, level, BuildLevelArcs(WeightedPairs(workers, level), n),
+                       CutJudge(engine.params, engine.contacts, slice, n, workers)};
   std::vector<SampleOutcome> outcomes = EvaluateSamples(engine, data, samples, slice);
 
   // The outcomes are taken in sample order, as one thread would meet them: only the earliest

@@ -9,23 +9,18 @@
 
 namespace quarnel {
 
-// A level's own copy of the weights and CA distances of its residues, by slice position.
+// The weights and CA distances between the residues of one level, by slice position: a view
+// of the chain's contact map through the level's residue indices, taken in chain order.
 class LevelMatrix {
  public:
-  struct Cell {
-    int32_t weight;
-    float dist2;
-  };
   LevelMatrix(const ContactMap& contacts, const Residue* slice, int n);
 
-  int size() const { return n_; }
-  const Cell& at(int r, int c) const {
-    return cells_[static_cast<size_t>(r) * static_cast<size_t>(n_) + static_cast<size_t>(c)];
-  }
+  int size() const { return static_cast<int>(index_.size()); }
+  const Contact& at(int r, int c) const { return contacts_.at(index_[r], index_[c]); }
 
  private:
-  int n_;
-  std::vector<Cell> cells_;
+  const ContactMap& contacts_;
+  std::vector<int32_t> index_;
 };
 
 struct DistanceEntry {
@@ -52,7 +47,8 @@ int MultiCut(const Engine& engine, Residue* slice, const LevelMatrix& level, int
 
 // The pairs of positions whose segment is nearly perpendicular to the segment a-b and longer
 // than half of it, longest first.
-std::vector<PointPair> SelectNewPoints(const Point3f* coords, int n, Point3f a, Point3f b);
+std::vector<PointPair> SelectNewPoints(const Point3f* coords, int n, Point3f a, Point3f b,
+                                       WorkerPool* workers = nullptr);
 int WithinBoundary(Point3f p, Point3f q, float d, Point3f a, Point3f b, float s, float bigD);
 
 }  // namespace quarnel

@@ -57,7 +57,8 @@ void MergeBack(const Partition& partition, int n, std::vector<Residue>& residues
 
 // Judges the partition and undoes the most recent cut for as long as the judgement rejects it.
 void AssessmentLoop(const ProfileSource& source, const std::string& entry, ChainResult& result,
-                    std::vector<Message>& messages) {
+                    RunContext& context) {
+  std::vector<Message>& messages = context.messages;
   const int32_t size = result.structure.size();
   int32_t domainCount = result.partition.domainCount;
   if (domainCount == 1) {
@@ -66,7 +67,7 @@ void AssessmentLoop(const ProfileSource& source, const std::string& entry, Chain
   }
   std::vector<DomainDetail> records = result.found;
   for (;;) {
-    Assessment assessment = Analyze(source, records, messages);
+    Assessment assessment = Analyze(source, records, messages, context.workers);
     if (assessment.accepted) {
       result.report = FormatReport(entry, size, records);
       result.domains = std::move(records);
@@ -109,7 +110,7 @@ ChainResult RunChain(const ChainInput& input, const Params& params,
   Structure& structure = result.structure;
   result.chain = JudgedChain(input, structure);
 
-  result.contacts = CalcContacts(structure, params);
+  result.contacts = CalcContacts(structure, params, context.workers);
   SetSecondaryStructureDefaults(structure.residues);
   if (params.FlagSS == 1 && secondary != nullptr) {
     std::unique_ptr<LineSource> dssp = secondary->DsspOutput(structure, context.messages);
@@ -136,7 +137,7 @@ ChainResult RunChain(const ChainInput& input, const Params& params,
     return result;
   }
   const ProfileSource source{input.lines, result.chain, input.profileName, size};
-  AssessmentLoop(source, input.entry, result, context.messages);
+  AssessmentLoop(source, input.entry, result, context);
   return result;
 }
 
