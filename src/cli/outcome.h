@@ -1,0 +1,25 @@
+// What a batch run knows of one chain once it has been judged (or has failed): the values every
+// result format and every picture is made from.
+#pragma once
+
+#include <string>
+
+#include "run/chain.h"
+
+namespace quarnel {
+
+struct ChainOutcome {
+  std::string input;     // the input as the user named it (a file, a folder entry, a code)
+  std::string file;      // the structure file that was read
+  std::string chainId;   // the chain judged; empty when the whole file was judged as one
+  std::string entry;     // the name results give: the file's base name, plus the chain id
+  std::string text;      // the PDB-format lines the run read (the chain alone, or the file)
+  bool ok = false;
+  int status = 0;        // a failed run's exit status
+  std::string error;     // and its reason, one line
+  ChainResult result;    // a successful run's values
+  int leftOut = 0;       // residues left out below --min-plddt
+  double seconds = 0.0;  // wall time of the run
+};
+
+}  // namespace quarnel
