@@ -24,6 +24,10 @@ missing_packages() {
   command -v make >/dev/null || echo make
   command -v cmake >/dev/null || echo cmake
   [[ -e /usr/include/gtest/gtest.h || -e /usr/local/include/gtest/gtest.h ]] || echo libgtest-dev
+  # mmCIF and gzip input: gemmi (header-only), the PEGTL headers its CIF parser needs, and zlib.
+  [[ -e /usr/include/gemmi/mmcif.hpp ]] || echo gemmi-dev
+  [[ -e /usr/include/tao/pegtl.hpp ]] || echo tao-pegtl-dev
+  [[ -e /usr/include/zlib.h ]] || echo zlib1g-dev
   # DSSP is a real dependency: quarnel reads its secondary structure, and the tests run it.
   command -v mkdssp >/dev/null || command -v dssp >/dev/null || echo dssp
 }
