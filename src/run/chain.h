@@ -17,17 +17,6 @@
 
 namespace quarnel {
 
-// Where a run's secondary structure comes from.
-class SecondaryStructureSource {
- public:
-  virtual ~SecondaryStructureSource() = default;
-  // DSSP's classic output for the structure just read. A source that cannot make it may note
-  // why in `messages` and give text without a table: the run then goes on without secondary
-  // structure. Designed failures are thrown.
-  virtual std::unique_ptr<LineSource> DsspOutput(const Structure& structure,
-                                                 std::vector<Message>& messages) = 0;
-};
-
 // The chain the assessment reads is either given or that of the first residue read.
 constexpr int kFirstResidueChain = -1;
 

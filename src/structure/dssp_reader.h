@@ -3,8 +3,10 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
+#include "base/status.h"
 #include "base/text.h"
 #include "structure/protein.h"
 
@@ -16,6 +18,17 @@ struct SecondaryStructure {
   std::vector<char> ss;
   std::vector<int32_t> bridge1;
   std::vector<int32_t> bridge2;
+};
+
+// Where a run's secondary structure comes from.
+class SecondaryStructureSource {
+ public:
+  virtual ~SecondaryStructureSource() = default;
+  // DSSP's classic output for the structure just read. A source that cannot make it may note
+  // why in `messages` and give text without a table: the run then goes on without secondary
+  // structure. Designed failures are thrown.
+  virtual std::unique_ptr<LineSource> DsspOutput(const Structure& structure,
+                                                 std::vector<Message>& messages) = 0;
 };
 
 // Every residue in coil, no partners: the table of a run without DSSP.

@@ -38,6 +38,10 @@ Atom ParseAtom(const std::string& line) {
   atom.z = AtofField(Columns(line, 47, 54));            // z
   CopyName(Columns(line, 13, 16), atom.fullName);       // atom name as written
   atom.altloc = Column(line, 17);                       // altLoc
+  CopyName(Columns(line, 18, 20), atom.resname);        // resName
+  atom.chain = Column(line, 22);                        // chainID
+  atom.resnum = AtoiField(Columns(line, 23, 26));       // resSeq
+  atom.icode = Column(line, 27);                        // iCode
   atom.bfactor = AtofField(Columns(line, 61, 66));      // tempFactor
   CopyName(Columns(line, 77, 78), atom.element);        // element
   return atom;

@@ -16,10 +16,14 @@ struct Atom {
   char name[4];      // columns 14-16
   double x, y, z;
   double occupancy;
-  // Further columns, kept for secondary structure and for model confidence; the engine does
-  // not read them.
+  // The rest of the record, kept for secondary structure and for model confidence; the engine
+  // reads none of it.
   char fullName[5];  // columns 13-16 as written
   char altloc;       // column 17
+  char resname[4];   // columns 18-20
+  char chain;        // column 22
+  int32_t resnum;    // columns 23-26
+  char icode;        // column 27
   double bfactor;    // columns 61-66
   char element[3];   // columns 77-78
 };
