@@ -2,6 +2,7 @@
 // make of them, DSSP runs on it, and its residues are written as classic table rows.
 #include "secondary/dssp_library.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cif++.hpp>
 #include <cif++/dictionary_parser.hpp>
@@ -153,9 +154,10 @@ bool SameResidue(const DsspAtom& a, const DsspAtom& b) {
   return a.chain == b.chain && a.resnum == b.resnum && a.icode == b.icode;
 }
 
-// Without components.cif (not part of any Debian package) libcifpp knows the 20 amino acids,
-// ASX and GLX; any other residue becomes a non-polymer that DSSP never sees. A residue written
-// under two names (microheterogeneity) is moved out of the chain as well.
+// libcifpp knows the 20 amino acids, ASX and GLX by itself; it knows others only from the
+// CCD's components.cif, which no Debian package installs. mkdssp's reader makes any other
+// residue a non-polymer that DSSP never sees (SEC, UNK, MSE written as ATOM), and so does a
+// residue written under two names (microheterogeneity).
 bool IsKnownPeptide(const std::string& name) {
   return cif::compound_factory::kAAMap.count(name) != 0;
 }
@@ -175,6 +177,35 @@ std::vector<Residue> GroupResidues(const std::vector<DsspAtom>& atoms) {
     residues.back().polymer = !mixedNames && IsKnownPeptide(residues.back().name);
   }
   return residues;
+}
+
+// DSSP's secondary structure, bridges and breaks come from the backbone alone; side chains only
+// serve accessibility, which is not computed. Leaving them out halves DSSP's time, most of
+// which goes into scanning all atom rows for each residue's atoms.
+constexpr const char* kBackboneNames[] = {"N", "CA", "C", "O"};
+
+// A residue's backbone atoms in the order mkdssp's reader lists them: alternates of one atom
+// name together where the name first appears, sorted by alternate location (blank first), in
+// file order for equal locations. DSSP takes the last atom of each name, so this order decides
+// which alternate it uses.
+std::vector<size_t> BackboneInReaderOrder(const std::vector<DsspAtom>& atoms,
+                                          const Residue& residue) {
+  std::vector<std::pair<size_t, std::vector<size_t>>> byName;  // first position, atoms
+  for (const char* backbone : kBackboneNames) {
+    std::vector<size_t> named;
+    for (size_t i = residue.first; i < residue.end; ++i) {
+      if (Trimmed(atoms[i].name) == backbone) named.push_back(i);
+    }
+    if (named.empty()) continue;
+    std::stable_sort(named.begin(), named.end(),
+                     [&](size_t a, size_t b) { return atoms[a].altloc < atoms[b].altloc; });
+    const size_t firstPosition = *std::min_element(named.begin(), named.end());
+    byName.emplace_back(firstPosition, std::move(named));
+  }
+  std::sort(byName.begin(), byName.end());
+  std::vector<size_t> ordered;
+  for (const auto& group : byName) ordered.insert(ordered.end(), group.second.begin(), group.second.end());
+  return ordered;
 }
 
 // ---- The data block -------------------------------------------------------------------------
@@ -222,7 +253,7 @@ struct ResidueKeys {
 
 void AddAtomRows(cif::category& atomSite, const std::vector<DsspAtom>& atoms,
                  const Residue& residue, const ResidueKeys& keys, int& atomId) {
-  for (size_t i = residue.first; i < residue.end; ++i) {
+  for (const size_t i : BackboneInReaderOrder(atoms, residue)) {
     const DsspAtom& atom = atoms[i];
     atomSite.emplace({{"id", Text(atomId++)},
                       {"type_symbol", TypeSymbol(atom)},
@@ -358,20 +389,27 @@ std::string ClassicTable(const dssp& result) {
 
 std::string FirstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
 
-}  // namespace
-
-std::string DsspClassicTable(const std::vector<DsspAtom>& atoms) {
-  if (atoms.empty()) throw std::runtime_error("DSSP: no atoms");
+// Rows go in before the dictionary is attached: attached first, it would check every value as
+// it is added, which costs more than DSSP itself on a small chain.
+std::string RunDssp(const std::vector<DsspAtom>& atoms) {
   try {
     cif::datablock block("quarnel");
     FillDataBlock(block, atoms);
     block.set_validator(&Dictionary());
     const dssp result(block, kModel, kMinPolyProlineStretch, false);
-    if (result.empty()) throw std::runtime_error("DSSP found no residue with a complete backbone");
-    return ClassicTable(result);
+    return result.empty() ? std::string() : ClassicTable(result);
   } catch (const std::exception& e) {
-    throw std::runtime_error("DSSP: " + FirstLine(e.what()));
+    throw std::runtime_error("DSSP failed: " + FirstLine(e.what()));
   }
+}
+
+}  // namespace
+
+std::string DsspClassicTable(const std::vector<DsspAtom>& atoms) {
+  if (atoms.empty()) throw std::runtime_error("DSSP: no atoms");
+  std::string table = RunDssp(atoms);
+  if (table.empty()) throw std::runtime_error("DSSP found no residue with a complete backbone");
+  return table;
 }
 
 }  // namespace quarnel
