@@ -67,10 +67,10 @@ constexpr DictionaryItem kDictionaryItems[] = {
 
 // atom_site item -> pdbx_poly_seq_scheme item: what makes an atom one of a residue's.
 constexpr const char* kResidueLink[][2] = {
-    {"auth_asym_id", "pdb_strand_id"},  {"auth_comp_id", "pdb_mon_id"},
-    {"auth_seq_id", "pdb_seq_num"},     {"label_asym_id", "asym_id"},
-    {"label_comp_id", "mon_id"},        {"label_entity_id", "entity_id"},
-    {"label_seq_id", "seq_id"},         {"pdbx_PDB_ins_code", "pdb_ins_code"},
+    {"auth_asym_id", "pdb_strand_id"}, {"auth_comp_id", "pdb_mon_id"},
+    {"auth_seq_id", "pdb_seq_num"},    {"label_asym_id", "asym_id"},
+    {"label_comp_id", "mon_id"},       {"label_entity_id", "entity_id"},
+    {"label_seq_id", "seq_id"},        {"pdbx_PDB_ins_code", "pdb_ins_code"},
 };
 
 constexpr const char* kDictionaryHead = R"(data_quarnel_dssp.dic
@@ -204,7 +204,8 @@ std::vector<size_t> BackboneInReaderOrder(const std::vector<DsspAtom>& atoms,
   }
   std::sort(byName.begin(), byName.end());
   std::vector<size_t> ordered;
-  for (const auto& group : byName) ordered.insert(ordered.end(), group.second.begin(), group.second.end());
+  for (const auto& group : byName)
+    ordered.insert(ordered.end(), group.second.begin(), group.second.end());
   return ordered;
 }
 
@@ -297,8 +298,9 @@ void FillDataBlock(cif::datablock& block, const std::vector<DsspAtom>& atoms) {
     auto found = chains.find(first.chain);
     if (found == chains.end()) {
       const int ordinal = static_cast<int>(chains.size());
-      found = chains.emplace(first.chain, ChainIds{cif::cif_id_for_number(ordinal),
-                                                   Text(ordinal + 1)}).first;
+      found =
+          chains.emplace(first.chain, ChainIds{cif::cif_id_for_number(ordinal), Text(ordinal + 1)})
+              .first;
     }
     ChainIds& chain = found->second;
     const ResidueKeys keys{chain.asym, chain.entity, Text(chain.nextSeqId++), Text(first.resnum),
@@ -314,11 +316,16 @@ char FirstOr(const std::string& text, char blank) { return text.empty() ? blank 
 
 char HelixFlag(const dssp::residue_info& residue, dssp::helix_type type, char middle) {
   switch (residue.helix(type)) {
-    case dssp::helix_position_type::Start: return '>';
-    case dssp::helix_position_type::End: return '<';
-    case dssp::helix_position_type::StartAndEnd: return 'X';
-    case dssp::helix_position_type::Middle: return middle;
-    case dssp::helix_position_type::None: break;
+    case dssp::helix_position_type::Start:
+      return '>';
+    case dssp::helix_position_type::End:
+      return '<';
+    case dssp::helix_position_type::StartAndEnd:
+      return 'X';
+    case dssp::helix_position_type::Middle:
+      return middle;
+    case dssp::helix_position_type::None:
+      break;
   }
   return ' ';
 }
@@ -356,8 +363,7 @@ std::string ResidueRow(const dssp::residue_info& residue) {
   std::snprintf(row, sizeof(row), "%5d%5d%c%c %c  %c%c%c%c%c%c%c%c%c%4d%4d%c\n", residue.nr(),
                 residue.pdb_seq_num(), FirstOr(residue.pdb_ins_code(), ' '),
                 FirstOr(residue.pdb_strand_id(), ' '), residue.compound_letter(),
-                static_cast<char>(residue.type()),
-                HelixFlag(residue, dssp::helix_type::pp, 'P'),
+                static_cast<char>(residue.type()), HelixFlag(residue, dssp::helix_type::pp, 'P'),
                 HelixFlag(residue, dssp::helix_type::_3_10, '3'),
                 HelixFlag(residue, dssp::helix_type::alpha, '4'),
                 HelixFlag(residue, dssp::helix_type::pi, '5'), residue.bend() ? 'S' : ' ',

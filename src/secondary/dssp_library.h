@@ -10,17 +10,17 @@ namespace quarnel {
 
 // One atom as quarnel's reader took it from an ATOM record (PDB columns in comments).
 struct DsspAtom {
-  int32_t serial;     // 7-11
-  char name[5];       // 13-16, the 4 characters as written, NUL-terminated
-  char altloc;        // 17
-  char resname[4];    // 18-20
-  char chain;         // 22
-  int32_t resnum;     // 23-26
-  char icode;         // 27
-  double x, y, z;     // 31-54
-  double occupancy;   // 55-60
-  double bfactor;     // 61-66
-  char element[3];    // 77-78, may be blank
+  int32_t serial;    // 7-11
+  char name[5];      // 13-16, the 4 characters as written, NUL-terminated
+  char altloc;       // 17
+  char resname[4];   // 18-20
+  char chain;        // 22
+  int32_t resnum;    // 23-26
+  char icode;        // 27
+  double x, y, z;    // 31-54
+  double occupancy;  // 55-60
+  double bfactor;    // 61-66
+  char element[3];   // 77-78, may be blank
 };
 
 // DSSP's classic output for these atoms: the header line "  #  RESIDUE AA STRUCTURE BP1 BP2"
