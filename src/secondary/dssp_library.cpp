@@ -12,6 +12,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
+#include <tuple>
 
 namespace quarnel {
 namespace {
@@ -144,15 +145,12 @@ std::string Trimmed(std::string_view text) {
 }
 
 struct Residue {
-  size_t first;  // atoms [first, end) of the list
-  size_t end;
+  std::vector<size_t> atoms;  // in file order
   std::string name;
-  bool polymer;  // one of the amino acids libcifpp knows, under one name
+  bool polymer;       // one of the amino acids libcifpp knows, under one name
+  size_t chainOrder;  // the chain's rank by first appearance
+  size_t lastStart;   // where the residue's records last began
 };
-
-bool SameResidue(const DsspAtom& a, const DsspAtom& b) {
-  return a.chain == b.chain && a.resnum == b.resnum && a.icode == b.icode;
-}
 
 // libcifpp knows the 20 amino acids, ASX and GLX by itself; it knows others only from the
 // CCD's components.cif, which no Debian package installs. mkdssp's reader makes any other
@@ -162,20 +160,31 @@ bool IsKnownPeptide(const std::string& name) {
   return cif::compound_factory::kAAMap.count(name) != 0;
 }
 
+using ResidueKey = std::tuple<char, int32_t, char>;  // chain, number, insertion code
+
+ResidueKey KeyOf(const DsspAtom& atom) { return {atom.chain, atom.resnum, atom.icode}; }
+
+// Residues as mkdssp's reader orders them: each chain's residues together, chains in order of
+// first appearance; records of one residue number wherever they are make one residue, which
+// stands where its records last began.
 std::vector<Residue> GroupResidues(const std::vector<DsspAtom>& atoms) {
+  std::map<char, size_t> chainOrder;
+  std::map<ResidueKey, size_t> index;
   std::vector<Residue> residues;
-  bool mixedNames = false;
   for (size_t i = 0; i < atoms.size(); ++i) {
-    const std::string name = Trimmed(atoms[i].resname);
-    if (i == 0 || !SameResidue(atoms[i], atoms[i - 1])) {
-      residues.push_back({i, i + 1, name, false});
-      mixedNames = false;
-    } else {
-      residues.back().end = i + 1;
-      mixedNames = mixedNames || name != residues.back().name;
-    }
-    residues.back().polymer = !mixedNames && IsKnownPeptide(residues.back().name);
+    const DsspAtom& atom = atoms[i];
+    const std::string name = Trimmed(atom.resname);
+    const auto chain = chainOrder.emplace(atom.chain, chainOrder.size()).first;
+    const auto found = index.emplace(KeyOf(atom), residues.size());
+    if (found.second) residues.push_back({{}, name, IsKnownPeptide(name), chain->second, i});
+    Residue& residue = residues[found.first->second];
+    if (i > 0 && KeyOf(atoms[i - 1]) != KeyOf(atom)) residue.lastStart = i;
+    if (name != residue.name) residue.polymer = false;
+    residue.atoms.push_back(i);
   }
+  std::sort(residues.begin(), residues.end(), [](const Residue& a, const Residue& b) {
+    return std::tie(a.chainOrder, a.lastStart) < std::tie(b.chainOrder, b.lastStart);
+  });
   return residues;
 }
 
@@ -193,7 +202,7 @@ std::vector<size_t> BackboneInReaderOrder(const std::vector<DsspAtom>& atoms,
   std::vector<std::pair<size_t, std::vector<size_t>>> byName;  // first position, atoms
   for (const char* backbone : kBackboneNames) {
     std::vector<size_t> named;
-    for (size_t i = residue.first; i < residue.end; ++i) {
+    for (const size_t i : residue.atoms) {
       if (Trimmed(atoms[i].name) == backbone) named.push_back(i);
     }
     if (named.empty()) continue;
@@ -294,7 +303,7 @@ void FillDataBlock(cif::datablock& block, const std::vector<DsspAtom>& atoms) {
   int atomId = 1;
   for (const Residue& residue : GroupResidues(atoms)) {
     if (!residue.polymer) continue;
-    const DsspAtom& first = atoms[residue.first];
+    const DsspAtom& first = atoms[residue.atoms.front()];
     auto found = chains.find(first.chain);
     if (found == chains.end()) {
       const int ordinal = static_cast<int>(chains.size());
