@@ -27,9 +27,11 @@ struct DsspAtom {
 // and one row per residue and per chain break, columns 1-34 (up to the sheet label) as mkdssp
 // 4.2 prints them. Accessibility and the columns after it are not computed. The atoms are taken
 // as mkdssp takes the ATOM records of a PDB file without SEQRES: residues whose name is not one
-// of libcifpp's amino acids (SEC, UNK, nucleotides, water) and residues whose atoms carry two
-// names are left out. Throws std::runtime_error with a one-line reason when DSSP fails or finds
-// no residue with a complete backbone. Safe to call from several threads at once.
+// of libcifpp's amino acids (SEC, UNK, nucleotides, water) and residues written under two names
+// are left out; a chain's residues are kept together; of alternate locations DSSP uses the last
+// after sorting (B over A). Only the first model is meant: give no atoms past the first ENDMDL.
+// Throws std::runtime_error with a one-line reason when DSSP fails or finds no residue with a
+// complete backbone. Safe to call from several threads at once.
 std::string DsspClassicTable(const std::vector<DsspAtom>& atoms);
 
 }  // namespace quarnel
