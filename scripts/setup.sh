@@ -30,6 +30,9 @@ missing_packages() {
   [[ -e /usr/include/zlib.h ]] || echo zlib1g-dev
   # DSSP is a real dependency: quarnel reads its secondary structure, and the tests run it.
   command -v mkdssp >/dev/null || command -v dssp >/dev/null || echo dssp
+  # The in-process DSSP builds on Debian's libdssp (package dssp) and libcifpp headers.
+  [[ -e /usr/include/dssp.hpp ]] || echo dssp
+  [[ -e /usr/include/cif++.hpp ]] || echo libcifpp-dev
 }
 
 # apt_install <package...>: non-interactive, through sudo when not root; the package lists are
