@@ -10,7 +10,9 @@ Usage: python3 bench/compare_reference.py [--tool PATH] [--structures DIR] [--jo
                                           [--modes default,noss,relaxed3,file-default,file-noss]
                                           [--dssp adapter|builtin] [--only CODE,...]
 --dssp adapter (the default) sets DSSP_PATH to tools/quarnel-dssp, as the reference was made;
---dssp builtin leaves DSSP_PATH unset.
+--dssp builtin leaves DSSP_PATH unset and adds "--dssp builtin" (a batch run of one input, with
+DSSP's library inside quarnel); a batch run ends a failed input with status 3, which then
+stands for the reference's failure status.
 Prints one line per difference and a summary; exit status 1 when anything differs.
 """
 import argparse
@@ -44,14 +46,15 @@ def run_case(tool, structures, mode, code, chain, dssp, timeout):
         env.pop("DSSP_PATH", None)
         if dssp == "adapter":
             env["DSSP_PATH"] = "'" + ADAPTER.replace("'", "'\\''") + "'"
+        extra = ["--dssp", "builtin"] if dssp == "builtin" else []
         if mode.startswith("file"):
             shutil.copy(os.path.join(structures, code + ".pdb"), os.path.join(scratch, code + ".pdb"))
-            argv = [tool] + OPTIONS[mode] + [code + ".pdb"]
+            argv = [tool] + extra + OPTIONS[mode] + [code + ".pdb"]
         else:
             os.mkdir(os.path.join(scratch, "pdb"))
             shutil.copy(os.path.join(structures, code + ".pdb"),
                         os.path.join(scratch, "pdb", code + ".pdb"))
-            argv = [tool] + OPTIONS[mode] + ["-pdbpath", "pdb/", code + chain]
+            argv = [tool] + extra + OPTIONS[mode] + ["-pdbpath", "pdb/", code + chain]
         started = time.monotonic()
         try:
             result = subprocess.run(argv, cwd=scratch, env=env, capture_output=True,
@@ -116,6 +119,8 @@ def main():
             mode, code, chain, status, report = futures[future]
             got_status, got_report, elapsed = future.result()
             seconds[mode] = seconds.get(mode, 0.0) + elapsed
+            if args.dssp == "builtin" and status != 0 and got_status == 3:
+                got_status = status
             if got_status != status or got_report != report:
                 differences += 1
                 print("DIFF %-12s %s%s: expected [%d] %r, got [%d] %r" %

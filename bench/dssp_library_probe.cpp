@@ -22,6 +22,12 @@
 
 namespace {
 
+// One library for the whole probe, as a program keeps one.
+const quarnel::DsspLibrary& Library() {
+  static const quarnel::DsspLibrary library;
+  return library;
+}
+
 using quarnel::DsspAtom;
 
 constexpr char kAllChains = '\0';
@@ -82,7 +88,7 @@ std::vector<DsspAtom> ReadAtoms(const std::string& path, char chain) {
 
 double Milliseconds(const std::vector<DsspAtom>& atoms) {
   const auto start = std::chrono::steady_clock::now();
-  const std::string table = quarnel::DsspClassicTable(atoms);
+  const std::string table = Library().ClassicTable(atoms);
   const auto stop = std::chrono::steady_clock::now();
   return std::chrono::duration<double, std::milli>(stop - start).count();
 }
@@ -98,7 +104,7 @@ void Time(const std::vector<DsspAtom>& atoms, int repeat) {
 
 std::string TableOrError(const std::vector<DsspAtom>& atoms) {
   try {
-    return quarnel::DsspClassicTable(atoms);
+    return Library().ClassicTable(atoms);
   } catch (const std::exception& e) {
     return std::string("error: ") + e.what();
   }
@@ -160,7 +166,7 @@ int main(int argc, char** argv) {
       Time(atoms, repeat);
       return 0;
     }
-    std::fputs(quarnel::DsspClassicTable(atoms).c_str(), stdout);
+    std::fputs(Library().ClassicTable(atoms).c_str(), stdout);
     return 0;
   } catch (const std::exception& e) {
     std::fprintf(stderr, "dssp_library_probe: %s\n", e.what());

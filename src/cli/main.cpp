@@ -1,11 +1,18 @@
-// quarnel: splits a protein chain into structural domains and prints them on one line.
+// quarnel: splits protein chains into structural domains. A command line of the designed
+// options and one input is the classic run, exactly; long options, -j and several inputs make
+// a batch run; inputs the classic run would refuse or misread (mmCIF, gzip, codes kept under
+// other names) are read through the structure-file front end.
 #include <cstdio>
 #include <cstdlib>
 #include <new>
 
+#include "cli/batch.h"
+#include "cli/command.h"
 #include "cli/inputs.h"
+#include "cli/lookup.h"
 #include "cli/options.h"
 #include "cli/shell_dssp.h"
+#include "formats/structure_file.h"
 #include "run/chain.h"
 
 namespace quarnel {
@@ -22,6 +29,13 @@ void PrintAll(const std::vector<Message>& messages) {
   for (const Message& message : messages) Print(message);
 }
 
+int PrintFailure(const Failure& failure) {
+  if (!failure.hint().empty()) std::fprintf(stderr, "%s\n", failure.hint().c_str());
+  Print(Message{failure.stream(), failure.what()});
+  std::fflush(stdout);
+  return failure.exit_status();
+}
+
 // QUARNEL_THREADS: threads for the samples of a partition level; the cores when not set.
 int EngineThreads() {
   const char* text = std::getenv("QUARNEL_THREADS");
@@ -36,39 +50,127 @@ int EngineThreads() {
   return static_cast<int>(threads);
 }
 
-int PrintFailure(const Failure& failure) {
-  if (!failure.hint().empty()) std::fprintf(stderr, "%s\n", failure.hint().c_str());
-  Print(Message{failure.stream(), failure.what()});
-  return failure.exit_status();
+// The chains a structure file holds, for hints.
+std::string ChainsOf(const std::string& path) {
+  try {
+    const StructureFile file(path);
+    std::string list;
+    for (const ChainInfo& chain : file.chains()) {
+      if (!chain.protein) continue;
+      if (!list.empty()) list += ", ";
+      list += chain.id.empty() ? std::string("(blank)") : chain.id;
+    }
+    return list;
+  } catch (const std::exception&) {
+    return std::string();
+  }
 }
 
-// The designed run: one input, the report on standard output.
-int RunDesigned(int argc, const char* const* argv) {
-  const CommandLine line = ParseOptions(argc, argv);
-  ResolvedInput input = ResolveInput(line);
-  PrintAll(input.messages);
-
-  const FileSource lines(input.templateName);
-  const ChainInput chain{&lines, input.entry, input.chain, input.pdbName};
-  // An earlier DSSP output is reused only for a code, never beside a named file.
-  ShellDssp dssp(input.templateName, input.base + ".dssp", !input.namedFile);
-  WorkerPool workers(EngineThreads());
-  RunContext context;
-  context.workers = &workers;
-  ChainResult result;
-  try {
-    result = RunChain(chain, line.params, &dssp, context);
-  } catch (const Failure&) {
-    PrintAll(context.messages);
-    throw;
+// A designed failure may carry one more stderr line saying what to do about it.
+std::string HintFor(const Failure& failure, const CommandLine& line, const ResolvedInput& input) {
+  switch (failure.status()) {
+    case Status::kDsspPathUnset:
+      return "quarnel: DSSP is built into quarnel: add --dssp builtin to use it, or set "
+             "DSSP_PATH to a DSSP program";
+    case Status::kCodeFileOpen:
+      return Format("quarnel: no file for code %s under %s, also looked for as .cif, .cif.gz, "
+                    ".pdb.gz, .ent.gz and pdb<code>.ent.gz, in any letter case and in the "
+                    "archive's divided layout",
+                    line.input.substr(0, 4).c_str(), line.pdbPath.c_str());
+    case Status::kNoProfileResidue: {
+      const std::string chains = ChainsOf(input.namedFile ? input.templateName : input.pdbName);
+      if (chains.empty()) return std::string();
+      if (input.namedFile)
+        return Format("quarnel: %s holds chains %s and is judged as one chain: name one chain "
+                      "as a code with its letter (-pdbpath <folder>/ 1abcA), or use --chain ID "
+                      "or --each-chain",
+                      line.input.c_str(), chains.c_str());
+      return Format("quarnel: %s names no chain of %s, which holds chains %s: name one with its "
+                    "letter (%sA), or use --chain ID or --each-chain",
+                    line.input.c_str(), input.pdbName.c_str(), chains.c_str(),
+                    line.input.substr(0, 4).c_str());
+    }
+    default:
+      return std::string();
   }
-  PrintAll(context.messages);
-  std::fputs(result.report.c_str(), stdout);
+}
 
+// The classic run of one input, as designed.
+int RunDesigned(const CommandLine& line) {
+  ResolvedInput input;
+  RunContext context;
+  try {
+    input = ResolveInput(line);
+    PrintAll(input.messages);
+
+    const FileSource lines(input.templateName);
+    const ChainInput chain{&lines, input.entry, input.chain, input.pdbName};
+    // An earlier DSSP output is reused only for a code, never beside a named file.
+    ShellDssp dssp(input.templateName, input.base + ".dssp", !input.namedFile);
+    WorkerPool workers(EngineThreads());
+    context.workers = &workers;
+    const ChainResult result = RunChain(chain, line.params, &dssp, context);
+    PrintAll(context.messages);
+    std::fputs(result.report.c_str(), stdout);
+  } catch (const Failure& failure) {
+    PrintAll(context.messages);
+    throw Failure(failure.status(), failure.stream(), failure.what(),
+                  failure.hint().empty() ? HintFor(failure, line, input) : failure.hint());
+  }
   // The DSSP output of this run is removed; a run without DSSP (-noss) has none, and must not
   // remove a file of that name that it never wrote or read.
   if (line.params.FlagSS == 1) RunShell("rm " + ShellFileWord(input.entry + ".dssp"));
   return 0;
+}
+
+bool GzipOrMmcif(const std::string& path) {
+  std::FILE* file = std::fopen(path.c_str(), "rb");
+  if (file == nullptr) return false;
+  char head[512];
+  const size_t read = std::fread(head, 1, sizeof(head), file);
+  std::fclose(file);
+  if (read >= 2 && static_cast<unsigned char>(head[0]) == 0x1f && static_cast<unsigned char>(head[1]) == 0x8b)
+    return true;
+  const std::string text(head, read);
+  const size_t start = text.find_first_not_of(" \t\r\n");
+  return start != std::string::npos && text.compare(start, 5, "data_") == 0;
+}
+
+// A classic command line whose input the classic run would refuse or misread: an mmCIF or
+// gzip file, or a code whose file is kept under another name. It is read through the
+// structure-file front end and reported as the classic run reports it.
+bool FrontEndInput(const CommandLine& line, BatchOptions& batch) {
+  const std::string& name = line.input;
+  if (CanRead(name)) {
+    if (!GzipOrMmcif(name)) return false;
+  } else {
+    const std::string code = name.substr(0, 4);
+    if (CanRead(line.pdbPath + code + ".pdb") || FindCodeFile(line.pdbPath, code).empty()) return false;
+  }
+  batch.params = line.params;
+  batch.pdbPath = line.pdbPath;
+  batch.inputs = {name};
+  batch.jobs = 1;
+  return true;
+}
+
+int Run(int argc, const char* const* argv) {
+  switch (ClassifyCommandLine(argc, argv)) {
+    case RunKind::kHelp:
+      std::fputs(HelpText().c_str(), stdout);
+      return 0;
+    case RunKind::kVersion:
+      std::fputs(VersionText().c_str(), stdout);
+      return 0;
+    case RunKind::kBatch:
+      return RunBatch(ParseBatchOptions(argc, argv));
+    case RunKind::kDesigned:
+      break;
+  }
+  const CommandLine line = ParseOptions(argc, argv);
+  BatchOptions batch;
+  if (FrontEndInput(line, batch)) return RunBatch(batch);
+  return RunDesigned(line);
 }
 
 }  // namespace
@@ -77,7 +179,7 @@ int RunDesigned(int argc, const char* const* argv) {
 
 int main(int argc, char** argv) {
   try {
-    return quarnel::RunDesigned(argc, argv);
+    return quarnel::Run(argc, argv);
   } catch (const quarnel::Failure& failure) {
     return quarnel::PrintFailure(failure);
   } catch (const std::bad_alloc&) {

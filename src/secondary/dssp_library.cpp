@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <dssp.hpp>
 #include <map>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
@@ -126,13 +127,6 @@ std::string DictionaryText() {
 cif::validator ParseDictionary() {
   std::istringstream in(DictionaryText());
   return cif::parse_dictionary("quarnel_dssp", in);
-}
-
-// Built on first use and never changed afterwards; libcifpp only reads a validator, so data
-// blocks of several threads can share it.
-const cif::validator& Dictionary() {
-  static const cif::validator dictionary = ParseDictionary();
-  return dictionary;
 }
 
 // ---- Residues as mkdssp's PDB reader forms them --------------------------------------------
@@ -406,11 +400,11 @@ std::string FirstLine(const std::string& text) { return text.substr(0, text.find
 
 // Rows go in before the dictionary is attached: attached first, it checks every value as it is
 // added, and filling took four times as long (all of 1aki's atoms: 3.6 ms instead of 0.9 ms).
-std::string RunDssp(const std::vector<DsspAtom>& atoms) {
+std::string RunDssp(const cif::validator& dictionary, const std::vector<DsspAtom>& atoms) {
   try {
     cif::datablock block("quarnel");
     FillDataBlock(block, atoms);
-    block.set_validator(&Dictionary());
+    block.set_validator(&dictionary);
     const dssp result(block, kModel, kMinPolyProlineStretch, false);
     return result.empty() ? std::string() : ClassicTable(result);
   } catch (const std::exception& e) {
@@ -420,9 +414,16 @@ std::string RunDssp(const std::vector<DsspAtom>& atoms) {
 
 }  // namespace
 
-std::string DsspClassicTable(const std::vector<DsspAtom>& atoms) {
+struct DsspLibrary::Dictionary {
+  cif::validator validator = ParseDictionary();
+};
+
+DsspLibrary::DsspLibrary() : dictionary_(std::make_unique<Dictionary>()) {}
+DsspLibrary::~DsspLibrary() = default;
+
+std::string DsspLibrary::ClassicTable(const std::vector<DsspAtom>& atoms) const {
   if (atoms.empty()) throw std::runtime_error("DSSP: no atoms");
-  std::string table = RunDssp(atoms);
+  std::string table = RunDssp(dictionary_->validator, atoms);
   if (table.empty()) throw std::runtime_error("DSSP found no residue with a complete backbone");
   return table;
 }

@@ -19,7 +19,12 @@
 namespace {
 
 using quarnel::DsspAtom;
-using quarnel::DsspClassicTable;
+using quarnel::DsspLibrary;
+
+std::string DsspClassicTable(const std::vector<quarnel::DsspAtom>& atoms) {
+  const DsspLibrary library;
+  return library.ClassicTable(atoms);
+}
 
 constexpr size_t kComparedColumns = 34;  // up to the sheet label
 

@@ -1,0 +1,111 @@
+// The texts of --help and --version.
+#include <string>
+
+#include "cli/command.h"
+
+#ifndef QUARNEL_VERSION
+#define QUARNEL_VERSION "unknown"
+#endif
+#ifndef QUARNEL_BUILD_FLAGS
+#define QUARNEL_BUILD_FLAGS "unknown"
+#endif
+#ifndef QUARNEL_DSSP_VERSION
+#define QUARNEL_DSSP_VERSION "unknown"
+#endif
+
+namespace quarnel {
+
+std::string HelpText() {
+  return R"(quarnel: splits protein chains into structural domains.
+
+Usage:
+  quarnel [options] input              one structure, the classic report line
+  quarnel [options] input input...     many structures (a batch run)
+
+Inputs:
+  file.pdb, file.ent, file.cif, file.mmcif, each also .gz (recognised by content)
+  folder/                              every structure file in it, searched recursively
+  1abc, 1abcA                          a PDB code, with an optional chain letter, looked up
+                                       under -pdbpath as 1abc.pdb (also any letter case,
+                                       .cif, .cif.gz, .pdb.gz, .ent.gz, pdb1abc.ent.gz and
+                                       the archive's divided layout ab/)
+  --list FILE                          one more input per line
+
+Partition options:
+  -md n        at most n domains (any n but 100 relaxes the cut criteria and skips the
+               confidence assessment)
+  -ex r1 r2    two domains around residues r1 and r2 (relaxed)
+  -el          anchor residues chosen automatically (the default)
+  -ml n        smallest domain, residues (35)
+  -mg x        least compactness of each side of a cut (0.52)
+  -mi x        largest interaction ratio of each side (0.56)
+  -mt x        largest normalised interface value (0.4)
+  -ms n        least mean segment length (35)
+  -mbpair n    bridge pairs a cut may split (2)
+  -mbpass n    strand passages a cut may split (1)
+  -mloop n     longest inner segment merged into its neighbours (12)
+  -mterm n     longest terminal segment merged (12)
+  -rs x        sequence separation below which contacts do not count (3)
+  -bw x        weight of a backbone-backbone atom contact (5.0)
+  -sp n        sampled source/sink pairs per anchor pair (20)
+  -ca          contacts from CA atoms only
+  -noss        no secondary structure
+  -noeva       kept for compatibility; changes nothing
+  -nodssp      kept for compatibility; changes nothing
+  -pdbpath dir prefix for PDB codes, used verbatim (./)
+
+Chains and models:
+  --chain ID          that chain of every file (reported as <file><chain>)
+  --each-chain        every protein chain of every file, one result each
+  --min-plddt X       leave out residues whose pLDDT (B-factor column) is below X
+
+Results:
+  --format F          classic (the report line), tsv (one row per chain), json (JSON Lines)
+  --out FILE          write results to FILE instead of standard output
+  --resume            with --out: skip chains already in FILE, append the others
+  -j N, --jobs N      chains at once (default: the machine's cores)
+  --pymol DIR         a PyMOL script per chain colouring its domains
+  --chimerax DIR      a ChimeraX script per chain colouring its domains
+  --save-domains DIR  one PDB file per domain
+  --svg DIR           a picture per chain: contact map, domains, secondary structure
+  --dssp MODE         builtin (DSSP's library, inside quarnel) or external (DSSP_PATH)
+
+  -h, --help          this text
+  --version           version, build flags and DSSP
+
+A command line of the options above the line "Chains and models" and one input is the classic
+run: it writes the chain copy of a code (1abca.pdb, 1abc_nmr.pdb) in the working folder and
+runs the DSSP program named by DSSP_PATH. Any long option, -j, or several inputs make a batch
+run, which writes nothing in the working folder but what you name and uses the DSSP built into
+quarnel unless DSSP_PATH is set (or --dssp says otherwise).
+
+Environment:
+  DSSP_PATH           the DSSP program of classic runs (and of batch runs, when set)
+  QUARNEL_THREADS     threads for one chain's search (default: the machine's cores)
+
+Exit status:
+  0    done (also: no argument, which prints the usage lines)
+  1    DSSP_PATH not set for a classic run that needs DSSP
+  2    a bad option or option value
+  3    a batch run in which some inputs or chains failed (each named on standard error)
+  4    the structure file could not be read again for the confidence assessment
+  5    the structure file or the DSSP output could not be opened
+  7    the chain copy could not be written
+  9    the PDB file of a code could not be opened
+  10   the -ex residues are not in the chain, or an internal limit was met
+  11   domain records could not be allocated
+  15   no residue of a domain in the file read again (a multi-chain file read whole, or a
+       code without chain letter: name the chain)
+  20, 30   internal consistency failures of the flow search
+  50   out of memory
+  100  too few atoms per residue (a CA-only model)
+)";
+}
+
+std::string VersionText() {
+  return std::string("quarnel ") + QUARNEL_VERSION + "\nbuild flags: " + QUARNEL_BUILD_FLAGS +
+         "\nDSSP: built-in DSSP library " + QUARNEL_DSSP_VERSION +
+         " (libdssp on libcifpp); classic runs use DSSP_PATH\n";
+}
+
+}  // namespace quarnel
