@@ -47,13 +47,14 @@ class TextReader final : public LineReader {
       line.clear();
       return false;
     }
-    size_t limit = std::min(text.size(), position_ + (kLineBuffer - 1));
-    size_t newline = text.find('\n', position_);
-    size_t end = newline != std::string::npos && newline < limit ? newline + 1 : limit;
-    size_t nul = text.find('\0', position_);
-    size_t content = nul != std::string::npos && nul < end ? nul : end;
-    line.assign(text, position_, content - position_);
-    position_ = end;
+    const char* begin = text.data() + position_;
+    const size_t room = std::min(text.size() - position_, static_cast<size_t>(kLineBuffer - 1));
+    const char* newline = static_cast<const char*>(std::memchr(begin, '\n', room));
+    const size_t end = newline != nullptr ? static_cast<size_t>(newline - begin) + 1 : room;
+    const char* nul = static_cast<const char*>(std::memchr(begin, '\0', end));
+    const size_t content = nul != nullptr ? static_cast<size_t>(nul - begin) : end;
+    line.assign(begin, content);
+    position_ += end;
     return true;
   }
   bool Failed() const override { return false; }
