@@ -18,7 +18,7 @@ shell_quote() {
   printf "'%s'" "${text//$q/$q\\$q$q}"
 }
 
-# The Debian packages that provide what is not here yet, one per line.
+# The Debian packages that provide what is not here yet to build and run quarnel, one per line.
 missing_packages() {
   command -v g++ >/dev/null || echo g++
   command -v make >/dev/null || echo make
@@ -28,11 +28,19 @@ missing_packages() {
   [[ -e /usr/include/gemmi/mmcif.hpp ]] || echo gemmi-dev
   [[ -e /usr/include/tao/pegtl.hpp ]] || echo tao-pegtl-dev
   [[ -e /usr/include/zlib.h ]] || echo zlib1g-dev
-  # DSSP is a real dependency: quarnel reads its secondary structure, and the tests run it.
-  command -v mkdssp >/dev/null || command -v dssp >/dev/null || echo dssp
-  # The in-process DSSP builds on Debian's libdssp (package dssp) and libcifpp headers.
-  [[ -e /usr/include/dssp.hpp ]] || echo dssp
+  # Secondary structure: DSSP's library (package dssp, which also has mkdssp) on libcifpp.
+  [[ -e /usr/include/dssp.hpp ]] && command -v mkdssp >/dev/null || echo dssp
   [[ -e /usr/include/cif++.hpp ]] || echo libcifpp-dev
+  # Result files: MD5 of each chain's sequence.
+  [[ -e /usr/include/openssl/evp.h ]] || echo libssl-dev
+}
+
+# What the tests of the tools around quarnel use: the cluster workflow, headless PyMOL for the
+# scripts quarnel writes, an SVG renderer for its pictures.
+missing_test_packages() {
+  command -v snakemake >/dev/null || echo snakemake
+  [[ -x /usr/bin/pymol ]] || echo pymol
+  command -v rsvg-convert >/dev/null || echo librsvg2-bin
 }
 
 # apt_install <package...>: non-interactive, through sudo when not root; the package lists are
@@ -86,9 +94,11 @@ install_fuzzing_dependencies() {
   }
 }
 
+# install_dependencies [--tests]: what building and running needs, and with --tests what the
+# test suite needs besides.
 install_dependencies() {
   local -a packages
-  mapfile -t packages < <(missing_packages)
+  mapfile -t packages < <(missing_packages; [[ ${1:-} != --tests ]] || missing_test_packages)
   if ((${#packages[@]} == 0)); then
     setup_say "dependencies present"
     return 0
