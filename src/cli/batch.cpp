@@ -24,7 +24,8 @@
 #include "cli/lookup.h"
 #include "cli/low_confidence.h"
 #include "cli/outcome.h"
-#include "cli/batch_results.h"
+#include "cli/pictures.h"
+#include "cli/result_formats.h"
 #include "formats/structure_file.h"
 #include "secondary/dssp_source.h"
 
@@ -277,6 +278,22 @@ void RunOneChain(const BatchContext& batch, const Input& input, const StructureF
       std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
 }
 
+// The pictures and per-domain files the options ask for; what could not be written is noted.
+void WritePictures(const BatchOptions& options, const ChainOutcome& outcome,
+                   std::vector<std::string>& notes) {
+  using Writer = WrittenFiles (*)(const ChainOutcome&, const std::string&);
+  const std::pair<const std::string*, Writer> writers[] = {
+      {&options.pymolDir, WritePymol},
+      {&options.chimeraxDir, WriteChimerax},
+      {&options.saveDomainsDir, WriteDomainFiles},
+      {&options.svgDir, WriteContactSvg},
+  };
+  for (const auto& [folder, write] : writers) {
+    if (folder->empty()) continue;
+    for (const std::string& error : write(outcome, *folder).errors) notes.push_back(error);
+  }
+}
+
 // Every chain an input asks for, judged one after the other; what a failure leaves is a failed
 // outcome, never an exception.
 struct InputResult {
@@ -328,7 +345,7 @@ InputResult RunInput(const BatchContext& batch, const Input& input) {
         outcome.error = error.what();
       }
       if (outcome.ok) {
-        WritePictures(batch.options, outcome);
+        WritePictures(batch.options, outcome, result.notes);
       } else {
         ++result.failures;
       }
@@ -462,12 +479,12 @@ int RunBatch(const BatchOptions& options) {
   const int jobs = std::max(1, std::min<int>(options.jobs > 0 ? options.jobs : Cores(),
                                              static_cast<int>(std::max<size_t>(inputs.size(), 1))));
   BatchContext batch{options, dssp, external ? dsspPath : nullptr, std::max(1, Cores() / jobs), {}};
-  if (options.resume) batch.done = ReadDoneEntries(options.out);
-
-  for (const std::string* dir : {&options.pymolDir, &options.chimeraxDir, &options.saveDomainsDir,
-                                 &options.svgDir}) {
+  if (options.resume) {
+    // A run killed while writing leaves half a line: it is cut off before new lines follow.
+    const ResumeState state = ReadResumeFile(options.out);
+    batch.done = state.done;
     std::error_code error;
-    if (!dir->empty()) fs::create_directories(*dir, error);
+    if (state.partialTail) fs::resize_file(options.out, state.completeBytes, error);
   }
 
   ResultSink sink(options, inputs.size());

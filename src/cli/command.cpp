@@ -135,10 +135,8 @@ void ApplyBatch(const std::string& name, const std::string& value, BatchOptions&
     o.filterPlddt = true;
     o.minPlddt = RealValue(name, value);
   } else if (name == "--format") {
-    if (value == "classic") o.format = ResultFormat::kClassic;
-    else if (value == "tsv") o.format = ResultFormat::kTsv;
-    else if (value == "json") o.format = ResultFormat::kJson;
-    else BadOption("--format takes classic, tsv or json, not '" + value + "'");
+    if (!ParseResultFormat(value, o.format))
+      BadOption("--format takes classic, tsv or json, not '" + value + "'");
   } else if (name == "--out") o.out = value;
   else if (name == "--resume") o.resume = true;
   else if (name == "--list") o.listFile = value;

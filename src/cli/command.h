@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/params.h"
+#include "cli/result_formats.h"
 
 namespace quarnel {
 
@@ -18,7 +19,6 @@ enum class RunKind {
 
 RunKind ClassifyCommandLine(int argc, const char* const* argv);
 
-enum class ResultFormat { kClassic, kTsv, kJson };
 enum class DsspChoice { kAuto, kBuiltin, kExternal };
 
 struct BatchOptions {

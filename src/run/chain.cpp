@@ -79,6 +79,8 @@ void AssessmentLoop(const ProfileSource& source, const std::string& entry, Chain
     const int n = domainCount - 1;  // the most recently created domain
     domainCount -= 1;
     if (n == 1) {
+      // Every cut undone: the residues are one domain again, as reported.
+      for (Residue& residue : result.structure.residues) residue.domain = 0;
       result.report = FormatOneDomain(entry, size);
       result.verdict = Verdict::kRejected;
       return;

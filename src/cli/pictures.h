@@ -1,0 +1,47 @@
+// Files made per chain for looking at its domains: PyMOL and ChimeraX scripts, one PDB file
+// per domain, and an SVG of the contact map with the domains drawn on it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/outcome.h"
+
+namespace quarnel {
+
+// What one call wrote, and what it could not. Nothing is printed: the driver reports errors.
+struct WrittenFiles {
+  std::vector<std::string> paths;   // files written or replaced
+  std::vector<std::string> errors;  // one line each: a file refused or that could not be written
+};
+
+// Each writer makes `folder` when missing and writes nothing for a failed chain. File names
+// come from the entry (SafeFileName). A file already there is replaced only when its first
+// line is the one about to be written, i.e. it is the same kind of file made for the same
+// input and chain by an earlier run; any other file of that name is left alone and reported.
+
+// <name>.pml, and <name>.pdb: a copy of the text the run read, which the script loads by its
+// absolute path, so that the picture shows exactly what was judged (one chain of a larger
+// file, the first model) whatever the input's format.
+WrittenFiles WritePymol(const ChainOutcome& outcome, const std::string& folder);
+
+// <name>.cxc, with the same <name>.pdb copy.
+WrittenFiles WriteChimerax(const ChainOutcome& outcome, const std::string& folder);
+
+// <domain id>.pdb for each domain: the ATOM lines of its residues, TER, END.
+WrittenFiles WriteDomainFiles(const ChainOutcome& outcome, const std::string& folder);
+
+// <name>.svg: contact map, domains, sequence and secondary-structure tracks.
+WrittenFiles WriteContactSvg(const ChainOutcome& outcome, const std::string& folder);
+
+// The texts the writers write; `structurePath` is the file the scripts load.
+std::string PymolScript(const ChainOutcome& outcome, const std::string& structurePath);
+std::string ChimeraxScript(const ChainOutcome& outcome, const std::string& structurePath);
+std::string DomainPdb(const ChainOutcome& outcome, int place);
+std::string ContactSvg(const ChainOutcome& outcome);
+
+// Letters, digits, '.', '_' and '-' kept, anything else '_'; never empty, never starting with
+// '.' or '-' (no hidden file, no option).
+std::string SafeFileName(const std::string& entry);
+
+}  // namespace quarnel
