@@ -319,7 +319,10 @@ ChainOutcome FailedOutcome(const Input& input, const std::string& chainId, const
 
 InputResult RunInput(const BatchContext& batch, const Input& input) {
   InputResult result;
-  auto fail = [&](const std::string& chainId, const std::string& error) {
+  auto fail = [&](const std::string& chainId, std::string error) {
+    // The structure-file front end names the file itself.
+    const std::string named = input.path + ": ";
+    if (error.compare(0, named.size(), named) == 0) error.erase(0, named.size());
     result.chains.push_back(FailedOutcome(input, chainId, error));
     ++result.failures;
   };

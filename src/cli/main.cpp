@@ -30,9 +30,9 @@ void PrintAll(const std::vector<Message>& messages) {
 }
 
 int PrintFailure(const Failure& failure) {
-  if (!failure.hint().empty()) std::fprintf(stderr, "%s\n", failure.hint().c_str());
   Print(Message{failure.stream(), failure.what()});
   std::fflush(stdout);
+  if (!failure.hint().empty()) std::fprintf(stderr, "%s\n", failure.hint().c_str());
   return failure.exit_status();
 }
 
