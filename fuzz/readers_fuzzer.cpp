@@ -33,14 +33,14 @@ void Designed(const Failure& failure, std::initializer_list<int> statuses) {
 }
 
 void CheckStructure(const quarnel::Structure& s) {
-  int32_t next = 0;
+  int32_t index = 0, firstAtom = 0;
   for (const quarnel::Residue& r : s.residues) {
-    Check(r.index == next++, "residue index is not its position");
-    Check(r.natoms >= 1 && r.firstAtom + r.natoms <= static_cast<int32_t>(s.atoms.size()), "atom range");
-    Check(r.firstAtom == (r.index == 0 ? 0 : s.residues[r.index - 1].firstAtom + s.residues[r.index - 1].natoms),
-          "atoms are not residue after residue");
+    Check(r.index == index++, "residue index is not its position");
+    Check(r.firstAtom == firstAtom && r.natoms >= 1, "atoms are not residue after residue");
+    firstAtom += r.natoms;
   }
-  Check(4 * static_cast<int64_t>(s.size()) <= static_cast<int64_t>(s.atoms.size()), "sufficiency check passed");
+  Check(firstAtom == static_cast<int32_t>(s.atoms.size()), "atoms of no residue");
+  Check(4 * static_cast<int64_t>(s.size()) <= firstAtom, "too few atoms passed the sufficiency check");
 }
 
 }  // namespace
@@ -75,7 +75,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::vector<quarnel::Message> messages;
   try {
     const quarnel::Profile profile = quarnel::ProcessPDB(source, {{-50, ' ', 50, ' '}}, 50, messages);
-    Check(profile.NumOfAA >= 1 && static_cast<size_t>(profile.NumOfAA) < profile.residue.size(), "profile size");
+    Check(profile.NumOfAA >= 1, "an empty profile");
+    Check(static_cast<size_t>(profile.NumOfAA) < profile.residue.size(), "profile size");
     for (int i = 1; i <= profile.NumOfAA; ++i) {
       const quarnel::ProfileResidue& r = profile.residue[static_cast<size_t>(i)];
       Check(r.resnum >= -50 && r.resnum <= 50, "a residue outside the domain");

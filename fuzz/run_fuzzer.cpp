@@ -63,7 +63,8 @@ std::string ExpectedReport(const quarnel::ChainResult& result, const std::string
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string input(reinterpret_cast<const char*>(data), size);
   const size_t end = input.find('\n');
-  const quarnel::TextSource text("fuzz.pdb", end == std::string::npos ? std::string() : input.substr(end + 1));
+  const std::string structure = end == std::string::npos ? std::string() : input.substr(end + 1);
+  const quarnel::TextSource text("fuzz.pdb", structure);
 
   std::vector<std::string> words = {"quarnel"};
   std::istringstream first(input.substr(0, end));
@@ -84,7 +85,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   params.FlagSS = 0;
   if (params.NumSamplePoints > kMaxSamples) params.NumSamplePoints = kMaxSamples;
   if (params.Relaxed() && params.MaxNumDom > kMaxRelaxedDomains) params.MaxNumDom = kMaxRelaxedDomains;
-  if (!params.Relaxed() && params.MinDomainSize < kMinDomainSizeFloor) params.MinDomainSize = kMinDomainSizeFloor;
+  if (!params.Relaxed() && params.MinDomainSize < kMinDomainSizeFloor)
+    params.MinDomainSize = kMinDomainSizeFloor;
 
   const quarnel::ChainInput chain{&text, "fuzz", quarnel::kFirstResidueChain, "fuzz.pdb"};
   quarnel::RunContext context;
@@ -98,10 +100,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Broken("undesigned failure " + std::to_string(failure.exit_status()) + ": " + failure.what());
   }
   // A partition rejected down to one domain keeps the numbers of its last two domains.
-  const int32_t domains = result.verdict == quarnel::Verdict::kRejected ? 2 : std::max<int32_t>(result.domains.size(), 1);
+  const int32_t reported = std::max(static_cast<int32_t>(result.domains.size()), 1);
+  const int32_t domains = result.verdict == quarnel::Verdict::kRejected ? 2 : reported;
   for (const quarnel::Residue& r : result.structure.residues)
     if (r.domain < 0 || r.domain >= domains) Broken("a residue outside the reported domains");
-  if (result.report != ExpectedReport(result, "fuzz"))
-    Broken("report\n  " + result.report + "  differs from the partition\n  " + ExpectedReport(result, "fuzz"));
+  const std::string expected = ExpectedReport(result, "fuzz");
+  if (result.report != expected)
+    Broken("report\n  " + result.report + "  differs from the partition\n  " + expected);
   return 0;
 }

@@ -74,7 +74,9 @@ TEST(Screening, BeforeNNAndConfidenceSteps) {
   for (const auto& s : steps) EXPECT_EQ(calconf(s.score), s.confidence) << s.score;
 }
 
-ProfileSource Source(const LineSource& lines, char chain) { return ProfileSource{&lines, chain, "p.pdb", 10}; }
+ProfileSource Source(const LineSource& lines, char chain) {
+  return ProfileSource{&lines, chain, "p.pdb", 10};
+}
 
 // The domain is residues 2-3 of chain A. Reading stops on the line after the first record of
 // chain A numbered above the domain's last residue (ENDNUM), so the CG after residue 4 never
