@@ -1,247 +1,111 @@
-// Fuzz target: the command line and the whole run, in process, on a fuzzed structure without
-// DSSP. The input's first line holds option words (the word @code, or @code followed by a chain
-// letter, sends the structure through the PDB-code path); the rest is the structure. The report
-// the run prints is checked against the partition it leaves in the residues.
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cstddef>
+// Fuzz target: a whole run without DSSP. The input's first line holds option words; the rest is
+// the structure. Only designed failures may stop the run, and the report must be the one the
+// residues' final domain numbers give.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
+#include <algorithm>
+#include <sstream>
 #include <utility>
-#include <vector>
 
-#include "fuzz_support.h"
-#include "partition/partition.h"
-#include "run/driver.h"
-#include "run/fatal.h"
-#include "run/options.h"
-#include "run/parameters.h"
-#include "structure/pdb_names.h"
-#include "structure/protein.h"
+#include "base/status.h"
+#include "cli/options.h"
+#include "run/chain.h"
 
 namespace {
 
 constexpr size_t kMaxOptionWords = 10;
 constexpr size_t kMaxWordLength = 40;
-constexpr char kCodeWord[] = "@code";
-constexpr char kCode[] = "1fuz";
-
-// Bounds that keep one iteration to a fraction of a second on a few hundred residues: samples
-// per level, domains of a relaxed run, and the smallest domain of a run that is not relaxed
-// (which decides how many levels are searched).
+// Bounds that keep one run to a fraction of a second on a few hundred residues: samples per
+// level, domains of a relaxed run, and the smallest domain (which decides how many levels are
+// searched) of a run that is not relaxed.
 constexpr int32_t kMaxSamples = 30;
 constexpr int32_t kMaxRelaxedDomains = 6;
 constexpr int32_t kMinDomainSizeFloor = 10;
 
-int captureFd = -1;
-
-struct FuzzInput {
-  std::vector<std::string> words;
-  bool codePath = false;
-  char chain = '\0';  // chain letter of the code path, none when '\0'
-  std::string structure;
-};
-
-FuzzInput Split(const uint8_t* data, size_t size) {
-  FuzzInput input;
-  std::string text(reinterpret_cast<const char*>(data), size);
-  size_t end = text.find('\n');
-  std::string first = text.substr(0, end);
-  input.structure = end == std::string::npos ? std::string() : text.substr(end + 1);
-
-  size_t at = 0;
-  while (input.words.size() < kMaxOptionWords) {
-    at = first.find_first_not_of(" \t\r", at);
-    if (at == std::string::npos) break;
-    size_t stop = first.find_first_of(" \t\r", at);
-    std::string word = first.substr(at, stop == std::string::npos ? std::string::npos : stop - at);
-    at = stop == std::string::npos ? first.size() : stop;
-    // argv strings end at a NUL byte.
-    word = word.substr(0, word.find('\0')).substr(0, kMaxWordLength);
-    if (word.compare(0, sizeof(kCodeWord) - 1, kCodeWord) == 0) {
-      input.codePath = true;
-      // A chain letter that is a path separator would name a file in a missing directory.
-      if (word.size() > sizeof(kCodeWord) - 1 && word[sizeof(kCodeWord) - 1] != '/')
-        input.chain = word[sizeof(kCodeWord) - 1];
-      continue;
-    }
-    if (!word.empty()) input.words.push_back(word);
-  }
-  return input;
-}
-
-std::vector<std::string> Arguments(const FuzzInput& input, const std::string& name) {
-  std::vector<std::string> args = {"quarnel"};
-  args.insert(args.end(), input.words.begin(), input.words.end());
-  args.insert(args.end(), {"-pdbpath", "pdb/", "-noss", name});
-  return args;
-}
-
-// Later options overwrite earlier ones: options added just before the fixed tail bring the
-// run's cost within bounds without changing anything else the words asked for.
-void Bound(std::vector<std::string>& args) {
-  std::vector<char*> argv;
-  for (std::string& a : args) argv.push_back(&a[0]);
-  try {
-    ParseOptions(static_cast<int>(argv.size()), argv.data());
-  } catch (const FatalError&) {
-    return;  // the run itself meets the same failure
-  }
-  std::vector<std::string> bounds;
-  if (NumSamplePoints > kMaxSamples) bounds.insert(bounds.end(), {"-sp", "30"});
-  if (MaxNumDom != kDefaultMaxNumDom && MaxNumDom > kMaxRelaxedDomains)
-    bounds.insert(bounds.end(), {"-md", "6"});
-  if (MaxNumDom == kDefaultMaxNumDom && MinDomainSize < kMinDomainSizeFloor)
-    bounds.insert(bounds.end(), {"-ml", "10"});
-  args.insert(args.end() - 4, bounds.begin(), bounds.end());
-}
-
-void StartCapture() {
-  std::fflush(stdout);
-  if (ftruncate(captureFd, 0) != 0 || lseek(captureFd, 0, SEEK_SET) != 0)
-    FuzzFailure("cannot reset the captured output");
-}
-
-std::string CapturedOutput() {
-  std::fflush(stdout);
-  std::string text;
-  char buffer[4096];
-  off_t offset = 0;
-  for (;;) {
-    ssize_t got = pread(captureFd, buffer, sizeof(buffer), offset);
-    if (got <= 0) break;
-    text.append(buffer, static_cast<size_t>(got));
-    offset += got;
-  }
-  return text;
+[[noreturn]] void Broken(const std::string& what) {
+  std::fprintf(stderr, "run fuzz check failed: %s\n", what.c_str());
+  std::abort();
 }
 
 std::string Label(int32_t number, char icode) {
-  std::string text = std::to_string(number);
-  if (icode != ' ') text += icode;
-  return text;
+  return std::to_string(number) + (icode == ' ' ? std::string() : std::string(1, icode));
 }
 
-// The report of the partition the residues carry (Protein is in chain order after the run):
-// each domain's maximal runs of residues, the lower residue number first.
-std::string ExpectedReport(int32_t domains) {
-  std::string line = Entry + "\t" + std::to_string(ProteinSize) + "\t" + std::to_string(domains);
-  if (domains == 1) return line + "\n";
+// The report of the domain numbers the residues (in chain order) carry: each domain's maximal
+// runs, the lower residue number first.
+std::string ExpectedReport(const quarnel::ChainResult& result, const std::string& entry) {
+  const std::vector<quarnel::Residue>& r = result.structure.residues;
+  const int32_t n = result.structure.size();
+  const size_t domains = result.domains.size();
+  std::string line = entry + "\t" + std::to_string(n) + "\t" + std::to_string(domains < 2 ? 1 : domains);
+  if (domains < 2) return line + "\n";
   line += "\t";
-  for (int32_t d = 0; d < domains; ++d) {
+  for (size_t d = 0; d < domains; ++d) {
     line += " (";
-    bool first = true;
-    for (int32_t i = 0; i < ProteinSize; ++i) {
-      if (Protein[i].domain != d || (i > 0 && Protein[i - 1].domain == d)) continue;
+    for (int32_t i = 0, first = 1; i < n; ++i) {
+      if (r[i].domain != static_cast<int32_t>(d) || (i > 0 && r[i - 1].domain == r[i].domain)) continue;
       int32_t j = i;
-      while (j + 1 < ProteinSize && Protein[j + 1].domain == d) ++j;
-      const Residue* low = &Protein[i];
-      const Residue* high = &Protein[j];
+      while (j + 1 < n && r[j + 1].domain == r[i].domain) ++j;
+      const quarnel::Residue* low = &r[i];
+      const quarnel::Residue* high = &r[j];
       if (!(low->resnum < high->resnum)) std::swap(low, high);
-      if (!first) line += ";";
-      first = false;
-      line += Label(low->resnum, low->icode) + "-" + Label(high->resnum, high->icode);
+      line += (first ? "" : ";") + Label(low->resnum, low->icode) + "-" + Label(high->resnum, high->icode);
+      first = 0;
     }
     line += ")";
   }
   return line + "\n";
 }
 
-bool IsDesignedWarning(const std::string& line) {
-  return line == "somethong is wrong\n" || line.compare(0, 14, " WARNING: ndx=") == 0 ||
-         (line.compare(0, 15, "Unable to open ") == 0 &&
-          line.find(": WARNING3\n") != std::string::npos);
-}
-
-// The run printed designed warnings, then one report line that names every residue once.
-void CheckReport(const std::string& output) {
-  size_t lineStart = 0;
-  std::string last;
-  while (lineStart < output.size()) {
-    size_t end = output.find('\n', lineStart);
-    Require(end != std::string::npos, "output does not end with a newline");
-    std::string line = output.substr(lineStart, end - lineStart + 1);
-    lineStart = end + 1;
-    if (lineStart < output.size()) Require(IsDesignedWarning(line), "an unexpected output line");
-    last = line;
-  }
-  std::string head = Entry + "\t" + std::to_string(ProteinSize) + "\t";
-  Require(last.compare(0, head.size(), head) == 0, "the report names another entry or size");
-  int32_t domains = std::atoi(last.c_str() + head.size());
-  Require(domains >= 1, "a report without domains");
-  if (domains > 1) {
-    std::vector<int32_t> residues(static_cast<size_t>(domains), 0);
-    for (const Residue& r : Protein) {
-      Require(r.domain >= 0 && r.domain < domains, "a residue outside the reported domains");
-      ++residues[static_cast<size_t>(r.domain)];
-    }
-    for (int32_t count : residues) Require(count > 0, "a reported domain without residues");
-  }
-  Require(last == ExpectedReport(domains), "the report differs from the residues' partition");
-}
-
-bool IsDesignedFailure(const FatalError& error, const std::string& structure) {
-  switch (error.status) {
-    case 5:  // a structure in another format than PDB is refused
-      return IsRefusedFormat(structure) && error.text.compare(0, 6, "INPUT ") == 0;
-    case 10:
-      return error.text.compare(0, 24, "Extremal points unfound ") == 0;
-    case 15:   // the assessment finds no residue of a domain in the chain it reads
-    case 100:  // too few atoms per residue
-      return true;
-    default:
-      return false;
-  }
-}
-
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  if (chdir(ScratchDir().c_str()) != 0) FuzzFailure("cannot enter the scratch directory");
-  std::string pdb = ScratchDir() + "/pdb";
-  if (mkdir(pdb.c_str(), 0755) != 0) FuzzFailure("cannot make the PDB directory");
-  std::string capture = WriteScratchFile("stdout.txt", nullptr, 0);
-  std::fflush(stdout);
-  captureFd = open(capture.c_str(), O_RDWR);
-  if (captureFd < 0 || dup2(captureFd, STDOUT_FILENO) < 0) FuzzFailure("cannot capture stdout");
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  StartIteration();
-  FuzzInput input = Split(data, size);
-  std::string name = "s.pdb";
-  if (input.codePath) {
-    WriteScratchFile(std::string("pdb/") + kCode + ".pdb",
-                     reinterpret_cast<const uint8_t*>(input.structure.data()),
-                     input.structure.size());
-    name = kCode;
-    if (input.chain != '\0') name += input.chain;
-  } else {
-    WriteScratchFile(name, reinterpret_cast<const uint8_t*>(input.structure.data()),
-                     input.structure.size());
-  }
+  const std::string input(reinterpret_cast<const char*>(data), size);
+  const size_t end = input.find('\n');
+  const std::string structure = end == std::string::npos ? std::string() : input.substr(end + 1);
+  const quarnel::TextSource text("fuzz.pdb", structure);
 
-  std::vector<std::string> args = Arguments(input, name);
-  Bound(args);
-  std::vector<char*> argv;
-  for (std::string& a : args) argv.push_back(&a[0]);
+  std::vector<std::string> words = {"quarnel"};
+  std::istringstream first(input.substr(0, end));
+  for (std::string word; words.size() <= kMaxOptionWords && first >> word;)
+    words.push_back(word.substr(0, word.find('\0')).substr(0, kMaxWordLength));  // argv ends at a NUL
+  words.push_back("fuzz.pdb");
+  std::vector<const char*> argv;
+  for (const std::string& word : words) argv.push_back(word.c_str());
 
-  StartIteration();
-  StartCapture();
+  quarnel::CommandLine line;
   try {
-    int status = RunQuarnel(static_cast<int>(argv.size()), argv.data());
-    Require(status == 0, "a completed run with a status other than 0");
-    CheckReport(CapturedOutput());
-  } catch (const FatalError& error) {
-    if (!IsDesignedFailure(error, input.structure)) {
-      std::fprintf(stderr, "status %d: %s\n", error.status, error.text.c_str());
-      FuzzFailure("a failure no input should reach");
-    }
+    line = quarnel::ParseOptions(static_cast<int>(argv.size()), argv.data());
+  } catch (const quarnel::Failure& failure) {
+    if (failure.exit_status() != 2) Broken("undesigned option failure: " + std::string(failure.what()));
+    return 0;
   }
+  quarnel::Params& params = line.params;
+  params.FlagSS = 0;
+  if (params.NumSamplePoints > kMaxSamples) params.NumSamplePoints = kMaxSamples;
+  if (params.Relaxed() && params.MaxNumDom > kMaxRelaxedDomains) params.MaxNumDom = kMaxRelaxedDomains;
+  if (!params.Relaxed() && params.MinDomainSize < kMinDomainSizeFloor)
+    params.MinDomainSize = kMinDomainSizeFloor;
+
+  const quarnel::ChainInput chain{&text, "fuzz", quarnel::kFirstResidueChain, "fuzz.pdb"};
+  quarnel::RunContext context;
+  quarnel::ChainResult result;
+  try {
+    result = quarnel::RunChain(chain, params, nullptr, context);
+  } catch (const quarnel::Failure& failure) {
+    // Refused format, too few atoms, user anchors missing, no residue of a domain in the profile.
+    for (int status : {5, 100, 10, 15})
+      if (failure.exit_status() == status) return 0;
+    Broken("undesigned failure " + std::to_string(failure.exit_status()) + ": " + failure.what());
+  }
+  // A partition rejected down to one domain keeps the numbers of its last two domains.
+  const int32_t reported = std::max(static_cast<int32_t>(result.domains.size()), 1);
+  const int32_t domains = result.verdict == quarnel::Verdict::kRejected ? 2 : reported;
+  for (const quarnel::Residue& r : result.structure.residues)
+    if (r.domain < 0 || r.domain >= domains) Broken("a residue outside the reported domains");
+  const std::string expected = ExpectedReport(result, "fuzz");
+  if (result.report != expected)
+    Broken("report\n  " + result.report + "  differs from the partition\n  " + expected);
   return 0;
 }

@@ -3,8 +3,9 @@
 # runs each for a bounded time on a working copy of its seed corpus.
 #
 # Usage: scripts/fuzz.sh [seconds per target] [target...]
-#   seconds  time each target runs (default 45); scripts/fuzz.sh 600 is the long run
-#   target   pdb_reader, dssp_reader, profile_reader, run (default: all four, one after another)
+#   seconds  time each target runs (default 30); scripts/fuzz.sh 600 is the long run
+#   target   readers (the PDB, DSSP and profile readers on one text) or run (a whole -noss run);
+#            default: both, one after the other
 # Prints, per target, the executions and the coverage libFuzzer reached. Fails (status 1) when a
 # target crashes, leaks, times out or breaks one of its checks; the input that did it is left
 # in <build>/fuzz-crashes/<target>/ and libFuzzer's report in <build>/fuzz-logs/<target>.log.
@@ -14,9 +15,9 @@ set -euo pipefail
 
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 BUILD=${QUARNEL_FUZZ_BUILD_DIR:-$ROOT/build-fuzz}
-SECONDS_PER_TARGET=${1:-45}
+SECONDS_PER_TARGET=${1:-30}
 shift || true
-ALL_TARGETS=(pdb_reader dssp_reader profile_reader run)
+ALL_TARGETS=(readers run)
 TARGETS=("$@")
 ((${#TARGETS[@]} > 0)) || TARGETS=("${ALL_TARGETS[@]}")
 
@@ -39,13 +40,7 @@ max_len() {
   esac
 }
 
-dictionary() {
-  case $1 in
-    dssp_reader) echo "$ROOT/fuzz/dssp.dict" ;;
-    run) echo "$ROOT/fuzz/run.dict" ;;
-    *) echo "$ROOT/fuzz/pdb.dict" ;;
-  esac
-}
+dictionary() { echo "$ROOT/fuzz/$1.dict"; }
 
 for target in "${TARGETS[@]}"; do
   [[ " ${ALL_TARGETS[*]} " == *" $target "* ]] || {
@@ -76,7 +71,6 @@ for target in "${TARGETS[@]}"; do
 
   say "fuzzing $target for ${SECONDS_PER_TARGET}s (corpus $work)"
   status=0
-  # Absolute paths throughout: the run target works inside a scratch directory of its own.
   "$BUILD/fuzz_$target" -max_total_time="$SECONDS_PER_TARGET" -max_len="$(max_len "$target")" \
     -timeout="$kTimeoutSeconds" -rss_limit_mb="$kRssLimitMb" -print_final_stats=1 \
     -dict="$(dictionary "$target")" -artifact_prefix="$crashes/" "$work" >"$log" 2>&1 ||
@@ -85,7 +79,7 @@ for target in "${TARGETS[@]}"; do
   executions=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n 1)
   coverage=$(grep -E '^#[0-9]+' "$log" | tail -n 1 | grep -oE 'cov: [0-9]+ ft: [0-9]+' || true)
   corpus=$(find "$work" -type f | wc -l)
-  printf '%-15s executions %-9s %-22s corpus %s files\n' "$target" "${executions:-?}" \
+  printf '%-8s executions %-9s %-22s corpus %s files\n' "$target" "${executions:-?}" \
     "${coverage:-cov: ? ft: ?}" "$corpus"
   if ((status != 0)); then
     echo "fuzz.sh: $target failed (status $status); report in $log, input in $crashes/" >&2

@@ -31,11 +31,11 @@ if [[ ${QUARNEL_SANITIZER_SUITE:-1} != 0 ]]; then
     run_suite "$QUARNEL_ASAN_BUILD_DIR"
 fi
 
-# 3. Fuzz targets, each for a bounded time (QUARNEL_FUZZ_SECONDS, default 45; 0 skips them). The
+# 3. Both fuzz targets, each for a bounded time (QUARNEL_FUZZ_SECONDS, default 30; 0 skips them). The
 # long run is: bash scripts/fuzz.sh 600
-if [[ ${QUARNEL_FUZZ_SECONDS:-45} != 0 ]]; then
+if [[ ${QUARNEL_FUZZ_SECONDS:-30} != 0 ]]; then
   install_fuzzing_dependencies
-  bash "$QUARNEL_ROOT/scripts/fuzz.sh" "${QUARNEL_FUZZ_SECONDS:-45}"
+  bash "$QUARNEL_ROOT/scripts/fuzz.sh" "${QUARNEL_FUZZ_SECONDS:-30}"
 fi
 
 setup_say "all tests passed"

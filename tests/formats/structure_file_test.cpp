@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "formats/structure_file.h"
-#include "support/test_support.h"
+#include "support.h"
 
 namespace quarnel {
 namespace {
@@ -95,8 +95,8 @@ const char kPdbLine[] =
     "ATOM      1  CA  GLY A   1       1.000   2.000   3.000  1.00 10.00           C  \n";
 
 TEST(StructureFile, RecognisesTheFormatByContentAndRefusesFilesWithoutAtoms) {
-  const std::string pdb = ReadFile(DataPath("1crn.pdb"));
-  const std::string cif = ReadFile(DataPath("formats/2w83_c.cif"));
+  const std::string pdb = test::ReadFile(test::DataFile("1crn.pdb"));
+  const std::string cif = test::ReadFile(test::DataFile("formats/2w83_c.cif"));
   const std::string gzipped = Gzip(pdb);
   struct Case {
     const char* what;
@@ -142,8 +142,8 @@ TEST(StructureFile, RecognisesTheFormatByContentAndRefusesFilesWithoutAtoms) {
 }
 
 TEST(StructureFile, UnreadablePathsNameTheFile) {
-  TempDir dir;
-  for (const std::string& path : {dir.File("missing.pdb"), dir.path()}) {
+  const test::Scratch dir;
+  for (const std::string& path : {dir / "missing.pdb", dir.path()}) {
     try {
       StructureFile file(path);
       ADD_FAILURE() << "read " << path;
@@ -168,7 +168,7 @@ TEST(StructureFile, ListsTheChainsOfTheFirstModel) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.file);
-    EXPECT_EQ(Listing(StructureFile(DataPath(c.file))), c.listing);
+    EXPECT_EQ(Listing(StructureFile(test::DataFile(c.file))), c.listing);
   }
 }
 
@@ -185,14 +185,14 @@ TEST(StructureFile, ChainTextOfMmcifMatchesThePdbChainCopy) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.other);
-    StructureFile pdb(DataPath(c.pdb));
-    StructureFile other(DataPath(c.other));
+    StructureFile pdb(test::DataFile(c.pdb));
+    StructureFile other(test::DataFile(c.other));
     std::string copy = pdb.ChainText(c.chain);
     EXPECT_EQ(Comparable(other.ChainText(c.chain)), Comparable(copy));
     EXPECT_EQ(copy.substr(copy.size() - 8), "TER\nEND\n");
   }
   // A gzip file of two members (concatenated archives) is read whole, byte for byte.
-  std::string pdbText = ReadFile(DataPath("1crn.pdb"));
+  std::string pdbText = test::ReadFile(test::DataFile("1crn.pdb"));
   size_t half = pdbText.size() / 2;
   std::string twoMembers = Gzip(pdbText.substr(0, half)) + Gzip(pdbText.substr(half));
   EXPECT_EQ(StructureFile::FromBytes("1crn.pdb.gz", twoMembers).WholeText(), pdbText);

@@ -14,12 +14,13 @@
 #include <thread>
 #include <vector>
 
-#include "support/test_support.h"
+#include "support.h"
 
 namespace {
 
 using quarnel::DsspAtom;
 using quarnel::DsspLibrary;
+namespace test = quarnel::test;
 
 std::string DsspClassicTable(const std::vector<quarnel::DsspAtom>& atoms) {
   const DsspLibrary library;
@@ -44,7 +45,7 @@ void CopyField(const std::string& field, char (&out)[N]) {
 // The ATOM records as quarnel's reader keeps them: up to the first END, no hydrogen named with
 // 'H' in column 14; `chain` '*' keeps every chain.
 std::vector<DsspAtom> ReadAtoms(const std::string& file, char chain = '*') {
-  std::ifstream in(DataPath(file));
+  std::ifstream in(test::DataFile(file));
   std::vector<DsspAtom> atoms;
   std::string line;
   while (std::getline(in, line)) {
@@ -103,7 +104,7 @@ const TableCase kTableCases[] = {
 
 TEST(DsspLibrary, TablesEqualMkdssp) {
   for (const TableCase& c : kTableCases) {
-    const std::vector<std::string> expected = Rows(ReadFile(DataPath(c.expected)));
+    const std::vector<std::string> expected = Rows(test::ReadFile(test::DataFile(c.expected)));
     ASSERT_GT(expected.size(), 1u) << c.expected;
     EXPECT_EQ(Rows(DsspClassicTable(ReadAtoms(c.input))), expected) << c.what;
   }
@@ -161,7 +162,7 @@ TEST(DsspLibrary, ThreadsAtOnceGetTheSameTables) {
   }
   for (std::thread& thread : threads) thread.join();
   for (size_t i = 0; i < cases; ++i) {
-    const std::vector<std::string> expected = Rows(ReadFile(DataPath(kTableCases[i].expected)));
+    const std::vector<std::string> expected = Rows(test::ReadFile(test::DataFile(kTableCases[i].expected)));
     for (size_t t = 0; t < kThreads; ++t) EXPECT_EQ(results[t][i], expected) << kTableCases[i].what;
   }
 }

@@ -1,0 +1,60 @@
+#!/usr/bin/env bash
+# Two structural checks of the tool, run as a CTest:
+#  1. no file under src/<layer>/ includes a header of a higher layer, in the order
+#     base < formats < structure < secondary < contacts < partition < output < confidence < run < cli;
+#  2. the built tool holds no writable data of ours (.data, .bss and their thread-local kin): a
+#     run's state belongs in its run context, never in the process. Read-only data after load
+#     (.data.rel.ro: vtables, typeinfo) is fine, and so is what the libraries we use keep.
+# Usage: scripts/check_layers.sh <src folder> <quarnel binary>. Prints every offence; status 1
+# when there is one, 2 on bad usage.
+set -euo pipefail
+
+src=${1:?usage: check_layers.sh <src folder> <quarnel binary>}
+binary=${2:?usage: check_layers.sh <src folder> <quarnel binary>}
+[[ -d $src && -x $binary ]] || { echo "check_layers.sh: no folder $src or no program $binary" >&2; exit 2; }
+
+layers=(base formats structure secondary contacts partition output confidence run cli)
+declare -A rank
+for i in "${!layers[@]}"; do rank[${layers[$i]}]=$i; done
+
+offences=0
+for dir in "$src"/*/; do
+  layer=$(basename "$dir")
+  if [[ -z ${rank[$layer]+set} ]]; then
+    echo "layers: src/$layer is not a known layer; add it to scripts/check_layers.sh"
+    offences=$((offences + 1))
+    continue
+  fi
+  # Lines such as: #include "partition/flow.h"
+  while IFS=: read -r file number included; do
+    [[ -n ${rank[$included]+set} ]] || continue
+    if ((rank[$included] > rank[$layer])); then
+      echo "layers: ${file#"$src"/}:$number includes a header of $included, above $layer"
+      offences=$((offences + 1))
+    fi
+  done < <(grep -HnoE '^[[:space:]]*#[[:space:]]*include[[:space:]]*"[a-z_]+/' -r "$dir" |
+    sed -E 's/^([^:]*):([0-9]*):.*"([a-z_]+)\/$/\1:\2:\3/')
+done
+
+# Local symbols follow the FILE symbol of their source; globals are told by their namespace.
+ours=$(find "$src" -name '*.cpp' -printf '%f\n' | sort -u | tr '\n' ' ')
+writable=$(objdump -t -C "$binary" | awk -v ours=" $ours" '
+  $0 ~ /[[:space:]]df[[:space:]]\*ABS\*/ { file = $NF; next }
+  $0 ~ /[[:space:]]\.(data|bss|tdata|tbss)[[:space:]]/ {
+    name = $0; sub(/^.*[[:space:]]\.(data|bss|tdata|tbss)[[:space:]]+[0-9a-f]+[[:space:]]+/, "", name)
+    local = substr($0, 18, 1) == "l"
+    # std::__ioinit is the standard streams initialiser that <iostream> puts in every file
+    # including it (here through libcifpp'"'"'s headers), not data of ours.
+    if (name ~ /^std::__ioinit$/) next
+    if (name ~ /quarnel::/ || (local && index(ours, " " file " ") > 0)) print "state: " name (local ? " (" file ")" : "")
+  }')
+if [[ -n $writable ]]; then
+  echo "$writable"
+  offences=$((offences + $(wc -l <<<"$writable")))
+fi
+
+if ((offences > 0)); then
+  echo "check_layers.sh: $offences offence(s)"
+  exit 1
+fi
+echo "check_layers.sh: layers in order, no writable data of ours in $(basename "$binary")"

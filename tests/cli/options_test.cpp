@@ -1,0 +1,119 @@
+// The option scan: every option, values read without skipping them, atoi/atof conversions,
+// relaxed mode applied last, exact and case-sensitive names, the last argument as the input.
+#include <gtest/gtest.h>
+
+#include "base/status.h"
+#include "base/text.h"
+#include "cli/options.h"
+
+namespace quarnel {
+namespace {
+
+std::string Describe(const CommandLine& c) {
+  const Params& p = c.params;
+  return Format(
+      "md %d ml %d mg %.9g mi %.9g mt %.9g ms %.9g mbpair %d mbpass %d mloop %d mterm %d rs %d "
+      "bw %.9g sp %d extremes %d anchors %d ex %d %d ca %d ss %d eva %d relaxed %d pdbpath '%s' "
+      "chainpath '%s' input '%s'",
+      p.MaxNumDom, p.MinDomainSize, p.MinGlobularity, p.MaxInteraction, p.MaxTime, p.MinSegRes,
+      p.MaxBetaPair, p.MaxBetaPass, p.MaxLoop, p.MaxTerm, p.ResSep, p.BBWeight, p.NumSamplePoints,
+      p.NumExtremes, p.FlagExtremes, p.Extreme1, p.Extreme2, p.FlagCa, p.FlagSS, p.FlagEva,
+      p.Relaxed(), c.pdbPath.c_str(), c.chainPath.c_str(), c.input.c_str());
+}
+
+CommandLine Parse(const std::vector<const char*>& argv) {
+  return ParseOptions(static_cast<int>(argv.size()), argv.data());
+}
+
+void Relaxed(Params& p, int32_t maxNumDom) {
+  p.MaxNumDom = maxNumDom;
+  ApplyRelaxedMode(p);
+}
+
+TEST(ParseOptions, EveryOptionAndTheScanRules) {
+  const struct {
+    std::vector<const char*> argv;
+    void (*expect)(CommandLine&);  // changes to the defaults
+  } rows[] = {
+      {{"quarnel", "x.pdb"}, [](CommandLine&) {}},
+      {{"quarnel", "-ca", "x.pdb"}, [](CommandLine& c) { c.params.FlagCa = 1; }},
+      {{"quarnel", "-md", "100", "x.pdb"}, [](CommandLine&) {}},
+      {{"quarnel", "-md", "3", "x.pdb"}, [](CommandLine& c) { Relaxed(c.params, 3); }},
+      // Relaxed mode overrides what the command line said, wherever it said it.
+      {{"quarnel", "-mg", "0.7", "-mi", "0.1", "-md", "4", "-ml", "50", "x.pdb"},
+       [](CommandLine& c) { Relaxed(c.params, 4); }},
+      {{"quarnel", "-md", "3", "-md", "100", "x.pdb"}, [](CommandLine&) {}},
+      {{"quarnel", "-ml", "20", "-sp", "7", "-mloop", "5", "-mterm", "6", "x.pdb"},
+       [](CommandLine& c) {
+         c.params.MinDomainSize = 20;
+         c.params.NumSamplePoints = 7;
+         c.params.MaxLoop = 5;
+         c.params.MaxTerm = 6;
+       }},
+      // -ms keeps an integer value; -rs truncates a real one toward zero.
+      {{"quarnel", "-ms", "20.9", "-rs", "4.7", "x.pdb"},
+       [](CommandLine& c) { c.params.MinSegRes = 20.0f, c.params.ResSep = 4; }},
+      {{"quarnel", "-rs", "-4.7", "-bw", "2.5", "x.pdb"},
+       [](CommandLine& c) { c.params.ResSep = -4, c.params.BBWeight = 2.5f; }},
+      // n allowed pairings or passages: a bound of n + 1.
+      {{"quarnel", "-mbpair", "2", "-mbpass", "0", "x.pdb"},
+       [](CommandLine& c) { c.params.MaxBetaPair = 3, c.params.MaxBetaPass = 1; }},
+      // atof: exponents, a numeric prefix, nothing numeric at all.
+      {{"quarnel", "-mt", "1e-1", "-mg", ".6x", "-mi", "abc", "x.pdb"},
+       [](CommandLine& c) { c.params.MaxTime = 0.1f, c.params.MinGlobularity = 0.6f, c.params.MaxInteraction = 0; }},
+      // atoi: leading blanks, a sign, a numeric prefix.
+      {{"quarnel", "-ml", " 7", "-sp", "+3x", "-mloop", "-2", "x.pdb"},
+       [](CommandLine& c) { c.params.MinDomainSize = 7, c.params.NumSamplePoints = 3, c.params.MaxLoop = -2; }},
+      {{"quarnel", "-el", "-noss", "-nodssp", "-noeva", "x.pdb"},
+       [](CommandLine& c) { c.params.FlagSS = 0, c.params.FlagEva = 0; }},
+      {{"quarnel", "-ex", "10", "120", "x.pdb"},
+       [](CommandLine& c) { c.params.FlagExtremes = 1, c.params.Extreme1 = 10, c.params.Extreme2 = 120, Relaxed(c.params, 2); }},
+      {{"quarnel", "-ex", "10", "120", "-el", "x.pdb"},
+       [](CommandLine& c) { c.params.Extreme1 = 10, c.params.Extreme2 = 120, Relaxed(c.params, 2); }},
+      {{"quarnel", "-ex", "10", "120", "-md", "100", "x.pdb"},
+       [](CommandLine& c) { c.params.FlagExtremes = 1, c.params.Extreme1 = 10, c.params.Extreme2 = 120; }},
+      // A value may be the input name itself.
+      {{"quarnel", "-ex", "10", "x.pdb"},
+       [](CommandLine& c) { c.params.FlagExtremes = 1, c.params.Extreme1 = 10, Relaxed(c.params, 2); }},
+      {{"quarnel", "-md", "x.pdb"}, [](CommandLine& c) { Relaxed(c.params, 0); }},
+      // Values are scanned as options too; the program's own name is scanned.
+      {{"quarnel", "-pdbpath", "-ca", "x.pdb"}, [](CommandLine& c) { c.pdbPath = "-ca", c.params.FlagCa = 1; }},
+      {{"-noss", "x.pdb"}, [](CommandLine& c) { c.params.FlagSS = 0; }},
+      // Exact, case-sensitive names; unknown words are ignored.
+      {{"quarnel", "-MD", "3", "--md", "3", "-md3", "-Noss", "md", "x.pdb"}, [](CommandLine&) {}},
+      // The last argument is the input, never an option.
+      {{"quarnel", "-md"}, [](CommandLine& c) { c.input = "-md"; }},
+      {{"quarnel", "x.pdb", "-noss"}, [](CommandLine& c) { c.input = "-noss"; }},
+  };
+  for (const auto& row : rows) {
+    CommandLine expected;
+    expected.input = row.argv.back();
+    row.expect(expected);
+    EXPECT_EQ(Describe(Parse(row.argv)), Describe(expected));
+  }
+}
+
+TEST(ParseOptions, DesignedFailures) {
+  const struct {
+    std::vector<const char*> argv;
+    int status;
+    Stream stream;
+    const char* text;
+  } rows[] = {
+      {{"quarnel"}, 0, Stream::kStdout, "Usage: quarnel [-md n] [-ex r1 r2] ... file-name\n  e.g., quarnel 16pk.pdb\n"},
+      {{"quarnel", "-ex", "x.pdb"}, 2, Stream::kStderr, "quarnel: option -ex needs two values before the input name\n"},
+  };
+  for (const auto& row : rows) {
+    try {
+      Parse(row.argv);
+      ADD_FAILURE() << "no failure for " << row.argv.size() << " arguments";
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.exit_status(), row.status);
+      EXPECT_EQ(failure.stream(), row.stream);
+      EXPECT_STREQ(failure.what(), row.text);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quarnel

@@ -1,0 +1,54 @@
+// Several chains run one after another in one process, with one run context, give exactly the
+// reports that separate processes of the tool give (the lines of the golden table).
+#include <gtest/gtest.h>
+
+#include "run/chain.h"
+#include "support.h"
+
+namespace quarnel {
+namespace {
+
+// Secondary structure from a DSSP output held in memory.
+class StoredDssp final : public SecondaryStructureSource {
+ public:
+  explicit StoredDssp(std::string text) : text_(std::move(text)) {}
+  std::unique_ptr<LineSource> DsspOutput(const Structure&, std::vector<Message>&) override {
+    return std::make_unique<TextSource>("stored.dssp", text_);
+  }
+
+ private:
+  std::string text_;
+};
+
+TEST(RunChain, ChainsInTurnWithOneContextMatchSeparateProcesses) {
+  struct Run {
+    const char* entry;
+    int32_t maxNumDom;
+    bool dssp;
+    const char* report;
+  };
+  const Run runs[] = {
+      // The assessment judges and accepts this one.
+      {"2efj", 100, false, "2efj\t348\t2\t (3-138) (139-379)\n"},
+      {"1rmd", 3, true, "1rmd\t116\t3\t (34-76) (1-33;77-87) (88-116)\n"},
+      {"1cuk", 3, false, "1cuk\t190\t3\t (1-93) (156-203) (94-142)\n"},
+      // The first again: nothing of the runs between reaches it.
+      {"2efj", 100, false, "2efj\t348\t2\t (3-138) (139-379)\n"},
+  };
+  StoredDssp dssp(test::ReadFile(test::DataFile("1rmd.dssp")));
+  RunContext context;
+  for (const Run& run : runs) {
+    const FileSource lines(test::DataFile(std::string(run.entry) + ".pdb"));
+    const ChainInput input{&lines, run.entry, kFirstResidueChain, lines.name()};
+    Params params;
+    params.MaxNumDom = run.maxNumDom;
+    params.FlagSS = run.dssp ? 1 : 0;
+    ApplyRelaxedMode(params);
+    const ChainResult result = RunChain(input, params, &dssp, context);
+    EXPECT_EQ(result.report, run.report);
+    EXPECT_TRUE(context.messages.empty()) << run.entry;
+  }
+}
+
+}  // namespace
+}  // namespace quarnel
