@@ -50,5 +50,28 @@ TEST(RunChain, ChainsInTurnWithOneContextMatchSeparateProcesses) {
   }
 }
 
+// The samples of a level and the domains of a partition spread over threads: every thread count
+// gives the single thread's partition, cut for cut, and its report.
+TEST(RunChain, ThreadsChangeNothing) {
+  const FileSource lines(test::DataFile("2yex.pdb"));
+  const ChainInput input{&lines, "2yex", kFirstResidueChain, lines.name()};
+  Params params;
+  params.FlagSS = 0;
+  RunContext single;
+  const ChainResult expected = RunChain(input, params, nullptr, single);
+  for (int threads : {2, 3, 7}) {
+    WorkerPool workers(threads);
+    RunContext context;
+    context.workers = &workers;
+    const ChainResult result = RunChain(input, params, nullptr, context);
+    EXPECT_EQ(result.report, expected.report) << threads;
+    ASSERT_EQ(result.partition.domainCount, expected.partition.domainCount) << threads;
+    for (int k = 0; k + 1 < expected.partition.domainCount; ++k) {
+      EXPECT_EQ(result.partition.cuts[k].parent, expected.partition.cuts[k].parent);
+      EXPECT_EQ(result.partition.cuts[k].interface, expected.partition.cuts[k].interface);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace quarnel
