@@ -27,8 +27,7 @@ run_suite "$QUARNEL_BUILD_DIR"
 # 2. Sanitizer build: the same suite, stopping at the first memory error or undefined behaviour
 # (the build makes every sanitizer report fatal).
 if [[ ${QUARNEL_SANITIZER_SUITE:-1} != 0 ]]; then
-  configure_and_build "$QUARNEL_ASAN_BUILD_DIR" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    -DQUARNEL_SANITIZE=ON
+  configure_and_build "$QUARNEL_ASAN_BUILD_DIR" -DCMAKE_BUILD_TYPE=Release -DQUARNEL_SANITIZE=ON
   ASAN_OPTIONS=${ASAN_OPTIONS:-detect_stack_use_after_return=1} \
     UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1} \
     run_suite "$QUARNEL_ASAN_BUILD_DIR"
@@ -38,19 +37,18 @@ fi
 # samples and domains (test_run) and the DSSP library shared by threads (test_secondary).
 if [[ ${QUARNEL_SANITIZER_SUITE:-1} != 0 ]]; then
   setup_say "configuring $QUARNEL_TSAN_BUILD_DIR"
-  cmake -S "$QUARNEL_ROOT" -B "$QUARNEL_TSAN_BUILD_DIR" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    -DQUARNEL_TSAN=ON
+  cmake -S "$QUARNEL_ROOT" -B "$QUARNEL_TSAN_BUILD_DIR" -DCMAKE_BUILD_TYPE=Release -DQUARNEL_TSAN=ON
   build_targets "$QUARNEL_TSAN_BUILD_DIR" test_run test_secondary
   setup_say "threaded tests in $QUARNEL_TSAN_BUILD_DIR"
   TSAN_OPTIONS=${TSAN_OPTIONS:-halt_on_error=1} "$QUARNEL_TSAN_BUILD_DIR/tests/test_run"
   TSAN_OPTIONS=${TSAN_OPTIONS:-halt_on_error=1} "$QUARNEL_TSAN_BUILD_DIR/tests/test_secondary"
 fi
 
-# 4. Both fuzz targets, each for a bounded time (QUARNEL_FUZZ_SECONDS, default 30; 0 skips them). The
+# 4. Both fuzz targets, each for a bounded time (QUARNEL_FUZZ_SECONDS, default 20; 0 skips them). The
 # long run is: bash scripts/fuzz.sh 600
-if [[ ${QUARNEL_FUZZ_SECONDS:-30} != 0 ]]; then
+if [[ ${QUARNEL_FUZZ_SECONDS:-20} != 0 ]]; then
   install_fuzzing_dependencies
-  bash "$QUARNEL_ROOT/scripts/fuzz.sh" "${QUARNEL_FUZZ_SECONDS:-30}"
+  bash "$QUARNEL_ROOT/scripts/fuzz.sh" "${QUARNEL_FUZZ_SECONDS:-20}"
 fi
 
 setup_say "all tests passed"
