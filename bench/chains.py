@@ -142,6 +142,9 @@ def main():
     args = parser.parse_args()
     args.quarnel = os.path.join(os.path.abspath(args.build), "quarnel")
     args.probe = os.path.join(os.path.abspath(args.build), "quarnel_probe")
+    if not os.path.exists(args.probe):
+        subprocess.run(["cmake", "--build", os.path.abspath(args.build), "--target", "quarnel_probe"],
+                       check=True, capture_output=True)
     manifest = args.manifest or os.path.join(args.structures, "..", "MANIFEST.tsv")
     only = set(c for c in args.only.split(",") if c)
 

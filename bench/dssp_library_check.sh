@@ -33,6 +33,7 @@ while (($# > 0)); do
 done
 
 [[ -d $structures ]] || fail "no structure folder $structures"
+[[ -x $probe ]] || cmake --build "$root/build" --target dssp_library_probe >/dev/null || true
 [[ -x $probe ]] || fail "no probe at $probe (cmake --build build --target dssp_library_probe)"
 shopt -s nullglob
 files=("$structures"/*.pdb)

@@ -32,7 +32,8 @@ while (($# > 0)); do
   esac
 done
 
-[[ -x $probe ]] || fail "no formats_probe at $probe (build it: bash scripts/setup.sh)"
+[[ -x $probe ]] || cmake --build "$root/build" --target formats_probe >/dev/null || true
+[[ -x $probe ]] || fail "no formats_probe at $probe (cmake --build build --target formats_probe)"
 [[ -d $data/structures && -r $data/MANIFEST.tsv ]] || fail "no structures/ or MANIFEST.tsv in $data"
 command -v gzip >/dev/null || fail "gzip is needed"
 

@@ -43,6 +43,9 @@ def main():
     parser.add_argument("--only", default="")
     args = parser.parse_args()
     only = set(c for c in args.only.split(",") if c)
+    if not os.path.exists(args.probe):
+        subprocess.run(["cmake", "--build", os.path.dirname(args.probe), "--target", "formats_probe"],
+                       check=True, capture_output=True)
     options = ["-noss"] if args.mode == "noss" else ["--dssp", "builtin"]
     env = dict(os.environ)
     env.pop("DSSP_PATH", None)
