@@ -83,7 +83,6 @@ void TracePath(const FlowNetwork& network, FlowScratch& scratch, int* length) {
 }
 
 int32_t Augment(FlowNetwork& network, const std::vector<int32_t>& path, int length) {
-  const LevelArcs& arcs = *network.arcs;
   int32_t bottleneck = kAnchorCapacity;
   for (int i = 0; i < length; ++i) bottleneck = std::min(bottleneck, network.residual[path[i]]);
   if (bottleneck < 1) Fail(Status::kBottleneck, Stream::kStdout, "Something is wrong. CHECK -1!!!\n");
@@ -91,11 +90,11 @@ int32_t Augment(FlowNetwork& network, const std::vector<int32_t>& path, int leng
   // The first arc leaves the source and the last enters the sink: neither has a partner.
   for (int i = 0; i < length; ++i) {
     const int32_t arc = path[i];
-    network.residual[arc] = SaturatedSum(network.Capacity(arc), -network.flow[arc]);
+    network.residual[arc] = SaturatedSum(network.capacity[arc], -network.flow[arc]);
     if (i == 0 || i == length - 1) continue;
-    const int32_t partner = arcs.reverse[arc];
+    const int32_t partner = network.reverse[arc];
     network.flow[partner] = -network.flow[arc];
-    network.residual[partner] = SaturatedSum(arcs.capacity[arc], network.flow[arc]);
+    network.residual[partner] = SaturatedSum(network.capacity[arc], network.flow[arc]);
   }
   return bottleneck;
 }
@@ -105,39 +104,15 @@ int32_t Augment(FlowNetwork& network, const std::vector<int32_t>& path, int leng
 bool NextUsefulArc(const FlowNetwork& network, FlowScratch& scratch, int32_t u, uint32_t levelled,
                    int32_t* arc, int32_t* head) {
   const int32_t up = scratch.distance[u] + 1;
-  int32_t& slot = scratch.currentSlot[u];
-  auto useful = [&](int32_t a, int32_t v) {
-    return network.residual[a] >= 1 && scratch.stamp[v] == levelled && scratch.distance[v] == up &&
-           scratch.dead[v] == 0;
-  };
-  if (u == network.source) {
-    const int32_t count = static_cast<int32_t>(network.sourceHead.size());
-    for (; slot < count; ++slot) {
-      *arc = network.SourceArc(slot);
-      *head = network.sourceHead[slot];
-      if (useful(*arc, *head)) return true;
-    }
-    return false;
-  }
-  // A residue's arc into the sink, when it has one, is its place 0.
-  const int32_t sinkArc = network.sinkArc[u];
-  const int32_t shift = sinkArc != kNoArc ? 1 : 0;
-  if (slot == 0 && shift == 1) {
-    if (useful(sinkArc, network.sink)) {
-      *arc = sinkArc;
-      *head = network.sink;
-      return true;
-    }
-    slot = 1;
-  }
-  const LevelArcs& arcs = *network.arcs;
-  const int32_t first = arcs.first[u] - shift;
-  const int32_t count = arcs.first[u + 1] - first;
-  for (; slot < count; ++slot) {
+  const int32_t first = network.first[u];
+  const int32_t count = network.first[u + 1] - first;
+  for (int32_t& slot = scratch.currentSlot[u]; slot < count; ++slot) {
     const int32_t a = first + slot;
-    if (useful(a, arcs.head[a])) {
+    const int32_t v = network.head[a];
+    if (network.residual[a] >= 1 && scratch.stamp[v] == levelled && scratch.distance[v] == up &&
+        scratch.dead[v] == 0) {
       *arc = a;
-      *head = arcs.head[a];
+      *head = v;
       return true;
     }
   }
@@ -223,55 +198,61 @@ LevelArcs BuildLevelArcs(const std::vector<WeightedPair>& pairs, int residues) {
 
 void GenerateGraph(const LevelArcs& arcs, const AnchorPair* anchors, int extremes,
                    FlowNetwork& network) {
-  const int nodes = arcs.residues + 2;
-  network.arcs = &arcs;
+  const int residues = arcs.residues;
+  const int nodes = residues + 2;
+  const int32_t count = extremes > 0 ? extremes : 0;
   network.source = nodes - 2;
   network.sink = nodes - 1;
   network.nodes.resize(static_cast<size_t>(nodes));
   for (int v = 0; v < nodes; ++v) network.nodes[v] = FlowNode{v, 0};
 
-  const int32_t residueArcs = static_cast<int32_t>(arcs.head.size());
-  const int32_t count = extremes > 0 ? extremes : 0;
-  network.residual.assign(arcs.capacity.begin(), arcs.capacity.end());
-  network.residual.resize(static_cast<size_t>(residueArcs + 2 * count), kAnchorCapacity);
-  network.flow.assign(network.residual.size(), 0);
-  // The source's list holds its set in reverse order; each sink-set residue's arc into the
-  // sink comes first in its own list.
-  network.sourceHead.resize(static_cast<size_t>(count));
-  for (int k = 0; k < count; ++k) network.sourceHead[k] = anchors[count - 1 - k].source;
-  network.sinkArc.assign(static_cast<size_t>(nodes), kNoArc);
-  for (int k = 0; k < count; ++k) network.sinkArc[anchors[k].sink] = residueArcs + count + k;
+  // Rows in node order: the residues', then the source's, then the sink's (empty).
+  std::vector<uint8_t> inSinkSet(static_cast<size_t>(residues), 0);
+  for (int k = 0; k < count; ++k) inSinkSet[anchors[k].sink] = 1;
+  network.first.assign(static_cast<size_t>(nodes) + 1, 0);
+  std::vector<int32_t> shift(static_cast<size_t>(residues));  // level arc e of row v is arc e + shift[v]
+  int32_t next = 0;
+  for (int v = 0; v < residues; ++v) {
+    network.first[v] = next;
+    next += inSinkSet[v];
+    shift[v] = next - arcs.first[v];
+    next += arcs.first[v + 1] - arcs.first[v];
+  }
+  network.first[network.source] = next;
+  next += count;
+  network.first[network.sink] = next;
+  network.first[nodes] = next;
+  const size_t arcCount = static_cast<size_t>(next);
+  network.head.resize(arcCount);
+  network.capacity.resize(arcCount);
+  network.reverse.resize(arcCount);
+  network.flow.assign(arcCount, 0);
+  for (int k = 0; k < count; ++k) {
+    const int32_t arc = network.first[network.source] + k;
+    network.head[arc] = anchors[count - 1 - k].source;
+    network.capacity[arc] = kAnchorCapacity;
+    network.reverse[arc] = kNoArc;
+  }
+  for (int v = 0; v < residues; ++v) {
+    if (inSinkSet[v] != 0) {
+      const int32_t arc = network.first[v];
+      network.head[arc] = network.sink;
+      network.capacity[arc] = kAnchorCapacity;
+      network.reverse[arc] = kNoArc;
+    }
+    for (int32_t e = arcs.first[v]; e < arcs.first[v + 1]; ++e) {
+      const int32_t placed = e + shift[v];
+      network.head[placed] = arcs.head[e];
+      network.capacity[placed] = arcs.capacity[e];
+      network.reverse[placed] = arcs.reverse[e] + shift[arcs.head[e]];
+    }
+  }
+  network.residual = network.capacity;
 }
 
 void GenerateGraph(const std::vector<WeightedPair>& pairs, int nodes, const AnchorPair* anchors,
                    int extremes, FlowNetwork& network) {
-  network.ownArcs = BuildLevelArcs(pairs, nodes - 2);
-  GenerateGraph(network.ownArcs, anchors, extremes, network);
-}
-
-int32_t ArcCount(const FlowNetwork& network, int32_t node) {
-  if (node == network.source) return static_cast<int32_t>(network.sourceHead.size());
-  if (node == network.sink) return 0;
-  const int32_t residueArcs = network.arcs->first[node + 1] - network.arcs->first[node];
-  return residueArcs + (network.sinkArc[node] != kNoArc ? 1 : 0);
-}
-
-void ArcAt(const FlowNetwork& network, int32_t node, int32_t slot, int32_t* arc, int32_t* head) {
-  if (node == network.source) {
-    *arc = network.SourceArc(slot);
-    *head = network.sourceHead[slot];
-    return;
-  }
-  if (network.sinkArc[node] != kNoArc) {
-    if (slot == 0) {
-      *arc = network.sinkArc[node];
-      *head = network.sink;
-      return;
-    }
-    --slot;
-  }
-  *arc = network.arcs->first[node] + slot;
-  *head = network.arcs->head[*arc];
+  GenerateGraph(BuildLevelArcs(pairs, nodes - 2), anchors, extremes, network);
 }
 
 bool FindAugmentingPath(const FlowNetwork& network, FlowScratch& scratch, int* length) {

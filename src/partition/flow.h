@@ -47,45 +47,29 @@ LevelArcs BuildLevelArcs(const std::vector<WeightedPair>& pairs, int residues);
 constexpr int32_t kAnchorCapacity = 1000000;  // arcs from the source and into the sink
 constexpr int32_t kNoArc = -1;
 
-// One sample's network. Arcs are numbered: the level's residue arcs, then the source's arcs in
-// list order, then the arcs into the sink in anchor order.
+// One sample's network, every node's arcs in one block of compressed rows, in scan order: the
+// source's arcs to its set in reverse order; a residue's arc into the sink first (when it is in
+// the sink set), then its arcs to other residues, as the level lists them.
 struct FlowNetwork {
-  const LevelArcs* arcs = nullptr;
-  LevelArcs ownArcs;                  // when the network was built from pairs directly
   int32_t source = 0;
   int32_t sink = 0;
   std::vector<FlowNode> nodes;
+  std::vector<int32_t> first;     // the arcs of node v are first[v] .. first[v + 1] - 1
+  std::vector<int32_t> head;
+  std::vector<int32_t> capacity;
   std::vector<int32_t> residual;
   std::vector<int32_t> flow;
-  std::vector<int32_t> sourceHead;    // heads of the source's arcs, in list order
-  std::vector<int32_t> sinkArc;       // per residue, its arc into the sink or kNoArc
+  std::vector<int32_t> reverse;   // the partner arc; kNoArc for arcs of the source and sink
 
   int32_t size() const { return static_cast<int32_t>(nodes.size()); }
-  int32_t residueArcs() const { return static_cast<int32_t>(arcs->head.size()); }
-  int32_t SourceArc(int k) const { return residueArcs() + k; }
-  int32_t Capacity(int32_t arc) const {
-    return arc < residueArcs() ? arcs->capacity[arc] : kAnchorCapacity;
-  }
 };
-
-// The number of arcs leaving `node`, and the arc in a given place of its fixed scan order.
-int32_t ArcCount(const FlowNetwork& network, int32_t node);
-void ArcAt(const FlowNetwork& network, int32_t node, int32_t slot, int32_t* arc, int32_t* head);
 
 // Calls visit(arc, head) for every arc leaving `node`, in the fixed scan order; stops early
 // when visit returns true, and then returns true.
 template <typename Visit>
 bool ForEachArc(const FlowNetwork& network, int32_t node, Visit&& visit) {
-  if (node == network.source) {
-    for (int k = 0; k < static_cast<int>(network.sourceHead.size()); ++k)
-      if (visit(network.SourceArc(k), network.sourceHead[k])) return true;
-    return false;
-  }
-  if (node == network.sink) return false;
-  if (network.sinkArc[node] != kNoArc && visit(network.sinkArc[node], network.sink)) return true;
-  const LevelArcs& arcs = *network.arcs;
-  for (int32_t arc = arcs.first[node]; arc < arcs.first[node + 1]; ++arc)
-    if (visit(arc, arcs.head[arc])) return true;
+  for (int32_t arc = network.first[node]; arc < network.first[node + 1]; ++arc)
+    if (visit(arc, network.head[arc])) return true;
   return false;
 }
 
