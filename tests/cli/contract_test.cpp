@@ -87,6 +87,11 @@ const ContractRow kRows[] = {
      {"--each-chain", "notes.txt"}, nullptr, 3, "",
      "quarnel: notes.txt: holds no atoms (no ATOM or HETATM records, no mmCIF data block)\n"
      "quarnel: 1 of 1 chain failed\n", "notes.txt"},
+    {"a code kept in the archive's divided layout, gzip", {{"w8/2w83.pdb.gz", "data:formats/2w83_c.pdb.gz"}},
+     {"-noss", "2w83C"}, nullptr, 0, "2w83C\t8\t1\n", "", "w8/"},
+    {"a predicted model: low-confidence residues left out", {{"1crn.pdb", "data:1crn.pdb"}},
+     {"-noss", "--min-plddt", "5", "1crn.pdb"}, nullptr, 0, "1crn\t28\t1\n",
+     "quarnel: 1crn: left out 18 residues below pLDDT 5\n", "1crn.pdb"},
     {"a mistyped long option: a hint", {}, {"--chian", "A", "x.pdb"}, nullptr, 2, "",
      "quarnel: unknown option --chian\nquarnel: did you mean --chain? ('quarnel --help' lists "
      "every option)\n", ""},
@@ -120,6 +125,8 @@ TEST(CommandLine, Contract) {
     Scratch scratch;
     for (const Place& place : row.place) {
       const std::string path = scratch / place.path;
+      const size_t slash = place.path.rfind('/');
+      if (slash != std::string::npos) mkdir((scratch / place.path.substr(0, slash)).c_str(), 0755);
       if (place.from == "folder") {
         ASSERT_EQ(mkdir(path.c_str(), 0755), 0);
       } else if (place.from.rfind("data:", 0) == 0) {
