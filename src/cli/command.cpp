@@ -10,6 +10,7 @@
 #include "base/status.h"
 #include "base/text.h"
 #include "cli/inputs.h"
+#include "cli/options.h"
 
 namespace quarnel {
 
@@ -20,14 +21,6 @@ struct OptionShape {
   int values;
 };
 
-// The designed options and the number of values each takes.
-constexpr OptionShape kDesignedOptions[] = {
-    {"-ca", 0},     {"-md", 1},     {"-ml", 1},     {"-sp", 1},     {"-ms", 1},
-    {"-mloop", 1},  {"-mterm", 1},  {"-mbpass", 1}, {"-mbpair", 1}, {"-mt", 1},
-    {"-mg", 1},     {"-mi", 1},     {"-bw", 1},     {"-rs", 1},     {"-el", 0},
-    {"-noss", 0},   {"-nodssp", 0}, {"-noeva", 0},  {"-pdbpath", 1}, {"-ex", 2},
-};
-
 // The options of batch runs and the number of values each takes.
 constexpr OptionShape kBatchOptions[] = {
     {"--chain", 1},  {"--each-chain", 0}, {"--min-plddt", 1},    {"--format", 1},
@@ -35,12 +28,6 @@ constexpr OptionShape kBatchOptions[] = {
     {"-j", 1},       {"--pymol", 1},      {"--chimerax", 1},     {"--save-domains", 1},
     {"--svg", 1},    {"--dssp", 1},       {"--help", 0},         {"--version", 0},
 };
-
-const OptionShape* FindShape(const char* arg) {
-  for (const OptionShape& shape : kDesignedOptions)
-    if (std::strcmp(arg, shape.name) == 0) return &shape;
-  return nullptr;
-}
 
 bool IsLong(const char* arg) { return std::strncmp(arg, "--", 2) == 0; }
 
@@ -96,38 +83,6 @@ int CountValue(const std::string& option, const std::string& text) {
   return static_cast<int>(value);
 }
 
-// A designed option in a batch command line: the designed conversions, values skipped.
-void ApplyDesigned(const std::string& name, const std::vector<std::string>& values, BatchOptions& o) {
-  Params& p = o.params;
-  auto integer = [&](size_t k) { return std::atoi(values[k].c_str()); };
-  auto real = [&](size_t k) { return static_cast<float>(std::atof(values[k].c_str())); };
-  auto plusOne = [](int value) { return static_cast<int32_t>(static_cast<uint32_t>(value) + 1u); };
-  if (name == "-ca") p.FlagCa = 1;
-  else if (name == "-md") p.MaxNumDom = integer(0);
-  else if (name == "-ml") p.MinDomainSize = integer(0);
-  else if (name == "-sp") p.NumSamplePoints = integer(0);
-  else if (name == "-ms") p.MinSegRes = static_cast<float>(integer(0));
-  else if (name == "-mloop") p.MaxLoop = integer(0);
-  else if (name == "-mterm") p.MaxTerm = integer(0);
-  else if (name == "-mbpass") p.MaxBetaPass = plusOne(integer(0));
-  else if (name == "-mbpair") p.MaxBetaPair = plusOne(integer(0));
-  else if (name == "-mt") p.MaxTime = real(0);
-  else if (name == "-mg") p.MinGlobularity = real(0);
-  else if (name == "-mi") p.MaxInteraction = real(0);
-  else if (name == "-bw") p.BBWeight = real(0);
-  else if (name == "-rs") p.ResSep = TruncToInt(std::atof(values[0].c_str()));
-  else if (name == "-el") p.FlagExtremes = 2;
-  else if (name == "-noss") p.FlagSS = 0;
-  else if (name == "-noeva") p.FlagEva = 0;
-  else if (name == "-pdbpath") o.pdbPath = values[0];
-  else if (name == "-ex") {
-    p.FlagExtremes = 1;
-    p.MaxNumDom = 2;
-    p.Extreme1 = integer(0);
-    p.Extreme2 = integer(1);
-  }
-}
-
 void ApplyBatch(const std::string& name, const std::string& value, BatchOptions& o) {
   if (name == "--chain") o.chain = value;
   else if (name == "--each-chain") o.eachChain = true;
@@ -166,8 +121,8 @@ RunKind ClassifyCommandLine(int argc, const char* const* argv) {
   int inputs = 0;
   for (int i = 1; i < argc; ++i) {
     if (IsLong(argv[i]) || std::strcmp(argv[i], "-j") == 0) return RunKind::kBatch;
-    if (const OptionShape* shape = FindShape(argv[i])) {
-      i += shape->values;
+    if (const int values = DesignedOptionValues(argv[i]); values >= 0) {
+      i += values;
     } else if (argv[i][0] != '-' || i == argc - 1) {
       ++inputs;
     }
@@ -193,28 +148,31 @@ BatchOptions ParseBatchOptions(int argc, const char* const* argv) {
       options.inputs.push_back(arg);
       continue;
     }
-    const OptionShape* designed = FindShape(arg.c_str());
-    const OptionShape* shape = designed;
+    const int designed = DesignedOptionValues(arg.c_str());
+    int count = designed;
     for (const OptionShape& batch : kBatchOptions)
-      if (shape == nullptr && arg == batch.name) shape = &batch;
-    if (shape == nullptr) {
+      if (count < 0 && arg == batch.name) count = batch.values;
+    if (count < 0) {
       if (!IsLong(arg.c_str())) BadOption("unknown option " + arg);
       UnknownOption(arg);
     }
     std::vector<std::string> values;
     if (hasInlineValue) {
-      if (shape->values != 1) BadOption(arg + " takes no value");
+      if (count != 1) BadOption(arg + " takes no value");
       values.push_back(inlineValue);
     }
-    while (static_cast<int>(values.size()) < shape->values) {
-      if (i + 1 >= argc) BadOption(Format("option %s needs %s", arg.c_str(),
-                                          shape->values == 1 ? "a value" : "two values"));
+    while (static_cast<int>(values.size()) < count) {
+      if (i + 1 >= argc)
+        BadOption(Format("option %s needs %s", arg.c_str(), count == 1 ? "a value" : "two values"));
       values.push_back(argv[++i]);
     }
-    if (designed != nullptr)
-      ApplyDesigned(arg, values, options);
-    else
+    if (designed >= 0) {
+      std::vector<const char*> texts;
+      for (const std::string& value : values) texts.push_back(value.c_str());
+      ApplyDesignedOption(arg.c_str(), texts.data(), options.params, options.pdbPath);
+    } else {
       ApplyBatch(arg, values.empty() ? std::string() : values[0], options);
+    }
   }
   if (!options.chain.empty() && options.eachChain) BadOption("--chain and --each-chain exclude each other");
   if (options.resume && options.out.empty()) BadOption("--resume needs --out FILE");

@@ -30,75 +30,70 @@ void RequireValues(int argc, const char* const* argv, int i, int count) {
 // undefined behaviour by going through unsigned.
 int32_t PlusOne(int value) { return static_cast<int32_t>(static_cast<uint32_t>(value) + 1u); }
 
+struct DesignedOption {
+  const char* name;
+  int values;
+};
+
+// In the order the designed scan compares them; names are matched whole, so only the first
+// match can apply.
+constexpr DesignedOption kDesignedOptions[] = {
+    {"-ca", 0},     {"-md", 1},     {"-ml", 1},     {"-sp", 1},     {"-ms", 1},
+    {"-mloop", 1},  {"-mterm", 1},  {"-mbpass", 1}, {"-mbpair", 1}, {"-mt", 1},
+    {"-mg", 1},     {"-mi", 1},     {"-bw", 1},     {"-rs", 1},     {"-el", 0},
+    {"-noss", 0},   {"-nodssp", 0}, {"-noeva", 0},  {"-pdbpath", 1}, {"-ex", 2},
+};
+
 }  // namespace
+
+int DesignedOptionValues(const char* name) {
+  for (const DesignedOption& option : kDesignedOptions)
+    if (std::strcmp(name, option.name) == 0) return option.values;
+  return -1;
+}
+
+void ApplyDesignedOption(const char* name, const char* const* values, Params& p,
+                         std::string& pdbPath) {
+  const std::string option = name;
+  auto integer = [&](int k) { return std::atoi(values[k]); };
+  auto real = [&](int k) { return static_cast<float>(std::atof(values[k])); };
+  if (option == "-ca") p.FlagCa = 1;
+  else if (option == "-md") p.MaxNumDom = integer(0);
+  else if (option == "-ml") p.MinDomainSize = integer(0);
+  else if (option == "-sp") p.NumSamplePoints = integer(0);
+  else if (option == "-ms") p.MinSegRes = static_cast<float>(integer(0));
+  else if (option == "-mloop") p.MaxLoop = integer(0);
+  else if (option == "-mterm") p.MaxTerm = integer(0);
+  else if (option == "-mbpass") p.MaxBetaPass = PlusOne(integer(0));
+  else if (option == "-mbpair") p.MaxBetaPair = PlusOne(integer(0));
+  else if (option == "-mt") p.MaxTime = real(0);
+  else if (option == "-mg") p.MinGlobularity = real(0);
+  else if (option == "-mi") p.MaxInteraction = real(0);
+  else if (option == "-bw") p.BBWeight = real(0);
+  else if (option == "-rs") p.ResSep = TruncToInt(std::atof(values[0]));
+  else if (option == "-el") p.FlagExtremes = 2;
+  else if (option == "-noss") p.FlagSS = 0;
+  else if (option == "-noeva") p.FlagEva = 0;
+  else if (option == "-pdbpath") pdbPath = values[0];
+  else if (option == "-ex") {
+    p.FlagExtremes = 1;
+    p.MaxNumDom = 2;
+    p.Extreme1 = integer(0);
+    p.Extreme2 = integer(1);
+  }
+  // -nodssp: the run decides by itself whether an earlier DSSP output may be reused.
+}
 
 CommandLine ParseOptions(int argc, const char* const* argv) {
   if (argc < 2) Fail(Status::kUsage, Stream::kStdout, kUsage);
   CommandLine line;
-  Params& p = line.params;
-
   for (int i = 0; i < argc - 1; ++i) {
-    const char* arg = argv[i];
-    auto is = [arg](const char* name) { return std::strcmp(arg, name) == 0; };
-    auto intValue = [&](int offset) {
-      RequireValues(argc, argv, i, offset);
-      return std::atoi(argv[i + offset]);
-    };
-    auto realValue = [&](int offset) {
-      RequireValues(argc, argv, i, offset);
-      return static_cast<float>(std::atof(argv[i + offset]));
-    };
-
-    if (is("-ca")) {
-      p.FlagCa = 1;
-    } else if (is("-md")) {
-      p.MaxNumDom = intValue(1);
-    } else if (is("-ml")) {
-      p.MinDomainSize = intValue(1);
-    } else if (is("-sp")) {
-      p.NumSamplePoints = intValue(1);
-    } else if (is("-ms")) {
-      p.MinSegRes = static_cast<float>(intValue(1));
-    } else if (is("-mloop")) {
-      p.MaxLoop = intValue(1);
-    } else if (is("-mterm")) {
-      p.MaxTerm = intValue(1);
-    } else if (is("-mbpass")) {
-      p.MaxBetaPass = PlusOne(intValue(1));
-    } else if (is("-mbpair")) {
-      p.MaxBetaPair = PlusOne(intValue(1));
-    } else if (is("-mt")) {
-      p.MaxTime = realValue(1);
-    } else if (is("-mg")) {
-      p.MinGlobularity = realValue(1);
-    } else if (is("-mi")) {
-      p.MaxInteraction = realValue(1);
-    } else if (is("-bw")) {
-      p.BBWeight = realValue(1);
-    } else if (is("-rs")) {
-      RequireValues(argc, argv, i, 1);
-      p.ResSep = TruncToInt(std::atof(argv[i + 1]));
-    } else if (is("-el")) {
-      p.FlagExtremes = 2;
-    } else if (is("-noss")) {
-      p.FlagSS = 0;
-    } else if (is("-nodssp")) {
-      // The run decides by itself whether an earlier DSSP output may be reused.
-    } else if (is("-noeva")) {
-      p.FlagEva = 0;
-    } else if (is("-pdbpath")) {
-      RequireValues(argc, argv, i, 1);
-      line.pdbPath = argv[i + 1];
-    } else if (is("-ex")) {
-      RequireValues(argc, argv, i, 2);
-      p.FlagExtremes = 1;
-      p.MaxNumDom = 2;
-      p.Extreme1 = std::atoi(argv[i + 1]);
-      p.Extreme2 = std::atoi(argv[i + 2]);
-    }
+    const int values = DesignedOptionValues(argv[i]);
+    if (values < 0) continue;
+    RequireValues(argc, argv, i, values);
+    ApplyDesignedOption(argv[i], argv + i + 1, line.params, line.pdbPath);
   }
-
-  ApplyRelaxedMode(p);
+  ApplyRelaxedMode(line.params);
   line.input = argv[argc - 1];
   return line;
 }
