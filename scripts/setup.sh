@@ -9,7 +9,7 @@ QUARNEL_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 QUARNEL_BUILD_DIR=${QUARNEL_BUILD_DIR:-$QUARNEL_ROOT/build}
 
 setup_say() {
-  printf '== %s\n' "$*"
+  printf '== [%d:%02d] %s\n' $((SECONDS / 60)) $((SECONDS % 60)) "$*"
 }
 
 # The text as one word for /bin/sh, whatever characters it holds.
