@@ -132,13 +132,6 @@ double AtofField(const std::string& field) {
   return negative ? -value : value;
 }
 
-int TruncToInt(double value) {
-  if (std::isnan(value)) return 0;
-  if (value >= 2147483647.0) return std::numeric_limits<int>::max();
-  if (value <= -2147483648.0) return std::numeric_limits<int>::min();
-  return static_cast<int>(value);
-}
-
 std::string Format(const char* format, ...) {
   va_list args;
   va_start(args, format);

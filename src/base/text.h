@@ -2,7 +2,9 @@
 // the PDB and DSSP readers.
 #pragma once
 
+#include <cmath>
 #include <cstdio>
+#include <limits>
 #include <memory>
 #include <string>
 
@@ -71,8 +73,14 @@ double AtofField(const std::string& field);
 
 // Truncation toward zero of a real value to a signed 32-bit integer, saturating outside its
 // range and giving 0 for a value that is not a number (options and malformed coordinates can
-// carry such values; the arithmetic must stay defined).
-int TruncToInt(double value);
+// carry such values; the arithmetic must stay defined). Inline: the sort comparators call it
+// for every comparison.
+inline int TruncToInt(double value) {
+  if (std::isnan(value)) return 0;
+  if (value >= 2147483647.0) return std::numeric_limits<int>::max();
+  if (value <= -2147483648.0) return std::numeric_limits<int>::min();
+  return static_cast<int>(value);
+}
 
 // printf-style formatting into a std::string of whatever length the values need.
 std::string Format(const char* format, ...) __attribute__((format(printf, 1, 2)));

@@ -2,6 +2,8 @@
 // options and one input is the classic run, exactly; long options, -j and several inputs make
 // a batch run; inputs the classic run would refuse or misread (mmCIF, gzip, codes kept under
 // other names) are read through the structure-file front end.
+#include <malloc.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -178,6 +180,12 @@ int Run(int argc, const char* const* argv) {
 }  // namespace quarnel
 
 int main(int argc, char** argv) {
+  // A partition level allocates and frees the same buffers for every sample. By default the
+  // allocator hands blocks of a few hundred kilobytes back to the system and maps them afresh
+  // each time, and every new page costs a fault; keeping freed memory for reuse makes runs
+  // about a tenth faster. Blocks of the largest chains' contact maps are still mapped apart.
+  mallopt(M_MMAP_THRESHOLD, 32 << 20);
+  mallopt(M_TRIM_THRESHOLD, 64 << 20);
   try {
     return quarnel::Run(argc, argv);
   } catch (const quarnel::Failure& failure) {

@@ -101,16 +101,19 @@ int32_t Augment(FlowNetwork& network, const std::vector<int32_t>& path, int leng
 
 // Moves the node's place on to its next arc that climbs one level, has residual left and leads
 // to a node not known to be dead; false when there is none.
-bool NextUsefulArc(const FlowNetwork& network, FlowScratch& scratch, int32_t u, uint32_t levelled,
-                   int32_t* arc, int32_t* head) {
-  const int32_t up = scratch.distance[u] + 1;
+bool NextUsefulArc(const FlowNetwork& network, FlowScratch& scratch, int32_t u, int32_t* arc,
+                   int32_t* head) {
+  const int32_t* level = scratch.level.data();
+  const int32_t* heads = network.head.data();
+  const int32_t* residual = network.residual.data();
+  const int32_t up = level[u] + 1;
   const int32_t first = network.first[u];
   const int32_t count = network.first[u + 1] - first;
-  for (int32_t& slot = scratch.currentSlot[u]; slot < count; ++slot) {
+  int32_t& slot = scratch.currentSlot[u];
+  for (; slot < count; ++slot) {
     const int32_t a = first + slot;
-    const int32_t v = network.head[a];
-    if (network.residual[a] >= 1 && scratch.stamp[v] == levelled && scratch.distance[v] == up &&
-        scratch.dead[v] == 0) {
+    const int32_t v = heads[a];
+    if (residual[a] >= 1 && level[v] == up) {
       *arc = a;
       *head = v;
       return true;
@@ -130,7 +133,9 @@ int32_t AugmentRound(FlowNetwork& network, FlowScratch& scratch) {
   const size_t nodes = static_cast<size_t>(network.size());
   const uint32_t levelled = scratch.search;
   scratch.currentSlot.assign(nodes, 0);
-  scratch.dead.assign(nodes, 0);
+  scratch.level.resize(nodes);
+  for (size_t v = 0; v < nodes; ++v)
+    scratch.level[v] = scratch.stamp[v] == levelled ? scratch.distance[v] : -1;
   std::vector<int32_t>& path = scratch.path;
   std::vector<int32_t>& stack = scratch.pathNodes;
   path.clear();
@@ -149,12 +154,12 @@ int32_t AugmentRound(FlowNetwork& network, FlowScratch& scratch) {
       continue;
     }
     int32_t arc = kNoArc, v = 0;
-    if (NextUsefulArc(network, scratch, u, levelled, &arc, &v)) {
+    if (NextUsefulArc(network, scratch, u, &arc, &v)) {
       path.push_back(arc);
       stack.push_back(v);
       continue;
     }
-    scratch.dead[u] = 1;
+    scratch.level[u] = -1;  // dead for the rest of the round
     stack.pop_back();
     if (!stack.empty()) {
       path.pop_back();

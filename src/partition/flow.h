@@ -86,9 +86,12 @@ struct FlowScratch {
   std::vector<int32_t> path;         // arcs of the last path found, source first
   std::vector<int32_t> pathNodes;    // its nodes, source first
   // Per node, for the current round of augmentations: the first of its arcs that may still
-  // serve, and whether it has no path to the sink left.
+  // serve, and its distance from the source in the round's search, or -1 when that search did
+  // not reach it or it has no path to the sink left.
   std::vector<int32_t> currentSlot;
-  std::vector<uint8_t> dead;
+  std::vector<int32_t> level;
+  // The network of the worker's current sample, kept so that its arrays are reused.
+  FlowNetwork network;
 
   bool Reached(int32_t v) const { return stamp[v] == search; }
 };

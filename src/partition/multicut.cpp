@@ -258,7 +258,7 @@ void EvaluateSample(const LevelData& data, const Sample& sample, FlowScratch& sc
   for (int k = 0; k < params.NumExtremes; ++k)
     anchors[k] = AnchorPair{nearSource[k].position, nearSink[k].position};
 
-  FlowNetwork network;
+  FlowNetwork& network = scratch.network;
   GenerateGraph(data.arcs, anchors.data(), params.NumExtremes, network);
   const int32_t flow = DomainBiPartition(network, scratch);
   if (flow > kMaxFlowToJudge && params.MaxNumDom != kDefaultMaxNumDom) return;
