@@ -2,10 +2,23 @@
 // weights of strand neighbours and bridge partners.
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
 #include "contacts/contacts.h"
 
 namespace quarnel {
 namespace {
+
+Atom MakeAtom(int32_t backbone, const char* name, const double* xyz) {
+  Atom atom{};
+  atom.backbone = backbone;
+  std::snprintf(atom.name, sizeof atom.name, "%s", name);
+  atom.x = xyz[0];
+  atom.y = xyz[1];
+  atom.z = xyz[2];
+  atom.occupancy = 1.0;
+  return atom;
+}
 
 // Five residues of a CA and a CB each (residue 4 has no CA): CA 0-1 and CB 0-1 exactly 4 A
 // apart, CA 0-2 exactly 11 A, CA 0-3 just under 11 A, CB 0-4 exactly 4 A.
@@ -18,8 +31,8 @@ Structure Probe() {
     residue.index = r;
     residue.firstAtom = static_cast<int32_t>(s.atoms.size());
     for (int k = 0; k < 3; ++k) residue.ca[k] = ca[r][k];
-    if (r != 4) s.atoms.push_back(Atom{1, 0, "CA ", ca[r][0], ca[r][1], ca[r][2], 1.0, {}, ' ', 0, {}});
-    s.atoms.push_back(Atom{0, 0, "CB ", cb[r][0], cb[r][1], cb[r][2], 1.0, {}, ' ', 0, {}});
+    if (r != 4) s.atoms.push_back(MakeAtom(1, "CA ", ca[r]));
+    s.atoms.push_back(MakeAtom(0, "CB ", cb[r]));
     residue.natoms = static_cast<int32_t>(s.atoms.size()) - residue.firstAtom;
     s.residues.push_back(residue);
   }
