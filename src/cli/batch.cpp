@@ -467,14 +467,22 @@ class ResultSink {
 
 int Cores() { return WorkerPool::DefaultThreads(); }
 
+bool ExternalDsspChosen(const BatchOptions& options) {
+  return options.dssp == DsspChoice::kExternal ||
+         (options.dssp == DsspChoice::kAuto && std::getenv("DSSP_PATH") != nullptr);
+}
+
 }  // namespace
+
+bool UsesDsspLibrary(const BatchOptions& options) {
+  return options.params.FlagSS == 1 && !ExternalDsspChosen(options);
+}
 
 int RunBatch(const BatchOptions& options) {
   const std::vector<Input> inputs = ExpandInputs(options);
   const DsspLibrary dssp;
   const char* dsspPath = std::getenv("DSSP_PATH");
-  const bool external = options.dssp == DsspChoice::kExternal ||
-                        (options.dssp == DsspChoice::kAuto && dsspPath != nullptr);
+  const bool external = ExternalDsspChosen(options);
   if (external && dsspPath == nullptr)
     Fail(Status::kBadOption, Stream::kStderr, "quarnel: --dssp external needs DSSP_PATH\n");
 

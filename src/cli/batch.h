@@ -13,4 +13,8 @@ constexpr int kSomeInputsFailed = 3;
 // Returns the exit status: 0 when every chain was judged, kSomeInputsFailed when some were not.
 int RunBatch(const BatchOptions& options);
 
+// Whether the batch computes secondary structure with DSSP's library (rather than without
+// secondary structure, or through the DSSP program of DSSP_PATH).
+bool UsesDsspLibrary(const BatchOptions& options);
+
 }  // namespace quarnel

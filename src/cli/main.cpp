@@ -4,8 +4,13 @@
 // other names) are read through the structure-file front end.
 #include <malloc.h>
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <filesystem>
 #include <new>
 
 #include "cli/batch.h"
@@ -16,12 +21,15 @@
 #include "cli/shell_dssp.h"
 #include "formats/structure_file.h"
 #include "run/chain.h"
+#include "secondary/dssp_library.h"
 
 namespace quarnel {
 
 namespace {
 
 constexpr int kMaxThreads = 1024;
+// The exit status when a run needs DSSP's library and the program holding it cannot be run.
+constexpr int kNoDsspLibrary = 1;
 
 void Print(const Message& message) {
   std::fputs(message.text.c_str(), message.stream == Stream::kStderr ? stderr : stdout);
@@ -156,7 +164,27 @@ bool FrontEndInput(const CommandLine& line, BatchOptions& batch) {
   return true;
 }
 
+// The program built with DSSP's library, beside this one.
+constexpr const char* kFullProgram = "quarnel-full";
+
+// A batch that needs DSSP's library, in the program built without it, is run by the program
+// built with it: the same command line, the same environment, in this process's place.
+int HandOffIfNeeded(const BatchOptions& batch, const char* const* argv) {
+  if (DsspLibrary::Linked() || !UsesDsspLibrary(batch)) return -1;
+  std::string path = kFullProgram;
+  std::error_code error;
+  const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
+  if (!error) path = (self.parent_path() / kFullProgram).string();
+  std::fflush(stdout);
+  std::fflush(stderr);
+  execv(path.c_str(), const_cast<char* const*>(argv));
+  std::fprintf(stderr, "quarnel: DSSP's library is in %s, which cannot be run (%s); set DSSP_PATH "
+               "to a DSSP program, or add -noss\n", path.c_str(), std::strerror(errno));
+  return kNoDsspLibrary;
+}
+
 int Run(int argc, const char* const* argv) {
+  BatchOptions batch;
   switch (ClassifyCommandLine(argc, argv)) {
     case RunKind::kHelp:
       std::fputs(HelpText().c_str(), stdout);
@@ -164,14 +192,19 @@ int Run(int argc, const char* const* argv) {
     case RunKind::kVersion:
       std::fputs(VersionText().c_str(), stdout);
       return 0;
-    case RunKind::kBatch:
-      return RunBatch(ParseBatchOptions(argc, argv));
+    case RunKind::kBatch: {
+      batch = ParseBatchOptions(argc, argv);
+      const int status = HandOffIfNeeded(batch, argv);
+      return status >= 0 ? status : RunBatch(batch);
+    }
     case RunKind::kDesigned:
       break;
   }
   const CommandLine line = ParseOptions(argc, argv);
-  BatchOptions batch;
-  if (FrontEndInput(line, batch)) return RunBatch(batch);
+  if (FrontEndInput(line, batch)) {
+    const int status = HandOffIfNeeded(batch, argv);
+    return status >= 0 ? status : RunBatch(batch);
+  }
   return RunDesigned(line);
 }
 

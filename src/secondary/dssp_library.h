@@ -45,6 +45,10 @@ class DsspLibrary {
   // complete backbone.
   std::string ClassicTable(const std::vector<DsspAtom>& atoms) const;
 
+  // False in a program built without DSSP's library (see dssp_library_absent.cpp), where
+  // ClassicTable always throws.
+  static bool Linked();
+
  private:
   struct Dictionary;
   std::unique_ptr<Dictionary> dictionary_;

@@ -421,6 +421,8 @@ struct DsspLibrary::Dictionary {
 DsspLibrary::DsspLibrary() : dictionary_(std::make_unique<Dictionary>()) {}
 DsspLibrary::~DsspLibrary() = default;
 
+bool DsspLibrary::Linked() { return true; }
+
 std::string DsspLibrary::ClassicTable(const std::vector<DsspAtom>& atoms) const {
   if (atoms.empty()) throw std::runtime_error("DSSP: no atoms");
   std::string table = RunDssp(dictionary_->validator, atoms);
