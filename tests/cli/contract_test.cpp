@@ -144,5 +144,29 @@ TEST(CommandLine, Contract) {
   }
 }
 
+// quarnel alone runs every classic command; a run that needs DSSP's library, with no
+// quarnel-full beside it, says where it looked and ends with status 1, writing nothing.
+TEST(CommandLine, AloneWithoutTheFullProgram) {
+  Scratch bin, work;
+  const std::string tool = bin / "quarnel";
+  WriteFile(tool, ReadFile(Setting("QUARNEL_BIN", QUARNEL_TOOL)));
+  chmod(tool.c_str(), 0755);
+  WriteFile(work / "1rmd.pdb", ReadFile(DataFile("1rmd.pdb")));
+  const char* before = std::getenv("QUARNEL_BIN");
+  const std::string saved = before != nullptr ? before : "";
+  setenv("QUARNEL_BIN", tool.c_str(), 1);
+  const ToolRun classic = RunTool(work.path(), {"-noss", "-md", "3", "1rmd.pdb"});
+  const ToolRun builtin = RunTool(work.path(), {"--dssp", "builtin", "1rmd.pdb"});
+  if (before != nullptr) setenv("QUARNEL_BIN", saved.c_str(), 1); else unsetenv("QUARNEL_BIN");
+  EXPECT_EQ(classic.status, 0);
+  EXPECT_EQ(classic.out, kWithoutTable);
+  EXPECT_EQ(builtin.status, 1);
+  EXPECT_EQ(builtin.out, "");
+  EXPECT_EQ(builtin.err, "quarnel: DSSP's library is in " + (bin / "quarnel-full") +
+                             ", which cannot be run (No such file or directory); set DSSP_PATH "
+                             "to a DSSP program, or add -noss\n");
+  EXPECT_EQ(work.Listing(), "1rmd.pdb");
+}
+
 }  // namespace
 }  // namespace quarnel::test
