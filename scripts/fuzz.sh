@@ -55,7 +55,10 @@ command -v clang++ >/dev/null || {
 }
 
 say "configuring $BUILD"
-CC=clang CXX=clang++ cmake -S "$ROOT" -B "$BUILD" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+# Ninja when it is there: it compiles the layers' files at once, Make one library after another.
+generator=()
+[[ -e $BUILD/CMakeCache.txt ]] || ! command -v ninja >/dev/null || generator=(-G Ninja)
+CC=clang CXX=clang++ cmake -S "$ROOT" -B "$BUILD" "${generator[@]}" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DQUARNEL_FUZZ=ON -DQUARNEL_TESTS=OFF >/dev/null
 say "building ${TARGETS[*]}"
 cmake --build "$BUILD" --parallel "$(nproc 2>/dev/null || echo 2)" \

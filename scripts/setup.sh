@@ -23,6 +23,7 @@ missing_packages() {
   command -v g++ >/dev/null || echo g++
   command -v make >/dev/null || echo make
   command -v cmake >/dev/null || echo cmake
+  command -v ninja >/dev/null || echo ninja-build
   [[ -e /usr/include/gtest/gtest.h || -e /usr/local/include/gtest/gtest.h ]] || echo libgtest-dev
   # mmCIF and gzip input: gemmi (header-only), the PEGTL headers its CIF parser needs, and zlib.
   [[ -e /usr/include/gemmi/mmcif.hpp ]] || echo gemmi-dev
@@ -107,12 +108,23 @@ install_dependencies() {
   apt_install "${packages[@]}"
 }
 
+# cmake_configure <build folder> [cmake options...]: with Ninja when it is there, which compiles
+# the files of every layer's library at once where Make finishes one library before starting
+# the next; a folder configured earlier keeps its generator.
+cmake_configure() {
+  local dir=$1
+  shift
+  local -a generator=()
+  [[ -e $dir/CMakeCache.txt ]] || ! command -v ninja >/dev/null || generator=(-G Ninja)
+  cmake -S "$QUARNEL_ROOT" -B "$dir" "${generator[@]}" "$@"
+}
+
 # configure_and_build <build folder> [cmake options...]: configures and builds every target.
 configure_and_build() {
   local dir=$1
   shift
   setup_say "configuring $dir $*"
-  cmake -S "$QUARNEL_ROOT" -B "$dir" "$@"
+  cmake_configure "$dir" "$@"
   build_targets "$dir"
 }
 
@@ -130,7 +142,7 @@ build_targets() {
 setup_release_build() {
   install_dependencies
   setup_say "configuring $QUARNEL_BUILD_DIR"
-  cmake -S "$QUARNEL_ROOT" -B "$QUARNEL_BUILD_DIR" -DCMAKE_BUILD_TYPE=Release
+  cmake_configure "$QUARNEL_BUILD_DIR" -DCMAKE_BUILD_TYPE=Release
   build_targets "$QUARNEL_BUILD_DIR" "$@"
 }
 

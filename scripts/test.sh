@@ -37,7 +37,7 @@ fi
 # samples and domains (test_run) and the DSSP library shared by threads (test_secondary).
 if [[ ${QUARNEL_SANITIZER_SUITE:-1} != 0 ]]; then
   setup_say "configuring $QUARNEL_TSAN_BUILD_DIR"
-  cmake -S "$QUARNEL_ROOT" -B "$QUARNEL_TSAN_BUILD_DIR" -DCMAKE_BUILD_TYPE=Release -DQUARNEL_TSAN=ON
+  cmake_configure "$QUARNEL_TSAN_BUILD_DIR" -DCMAKE_BUILD_TYPE=Release -DQUARNEL_TSAN=ON
   build_targets "$QUARNEL_TSAN_BUILD_DIR" test_run test_secondary
   setup_say "threaded tests in $QUARNEL_TSAN_BUILD_DIR"
   TSAN_OPTIONS=${TSAN_OPTIONS:-halt_on_error=1} "$QUARNEL_TSAN_BUILD_DIR/tests/test_run"
