@@ -3,6 +3,7 @@
 // and gives the single-threaded order exactly.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -41,9 +42,10 @@ class WorkerPool {
   const std::function<void(int, int)>* body_ = nullptr;
   int count_ = 0;
   int next_ = 0;
-  int busy_ = 0;
-  uint64_t generation_ = 0;
-  bool stopping_ = false;
+  // Changed under the mutex; atomic so that a thread may watch them without it while it spins.
+  std::atomic<int> busy_{0};
+  std::atomic<uint64_t> generation_{0};
+  std::atomic<bool> stopping_{false};
 };
 
 // Splits [0, count) into `chunks` consecutive ranges and runs body(chunk, first, last) for each,
