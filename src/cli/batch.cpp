@@ -56,7 +56,7 @@ bool EndsWith(const std::string& text, const std::string& end) {
   return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
-constexpr const char* kStructureSuffixes[] = {".pdb", ".ent", ".cif", ".mmcif"};
+constexpr char kStructureSuffixes[][8] = {".pdb", ".ent", ".cif", ".mmcif"};
 
 // A structure file by its name, for folders searched: .pdb, .ent, .cif, .mmcif, each also .gz.
 bool StructureName(const std::string& name) {

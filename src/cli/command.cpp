@@ -16,8 +16,10 @@ namespace quarnel {
 
 namespace {
 
+// Names held in the table itself, not pointed to, so that the table needs no relocation at
+// load time and stays in read-only memory.
 struct OptionShape {
-  const char* name;
+  char name[16];
   int values;
 };
 

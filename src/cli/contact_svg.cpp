@@ -36,7 +36,7 @@ constexpr double kBlockOpacity = 0.18;
 // pair run from a single atom contact to the strand weight, so a linear scale would leave
 // nearly every cell pale.
 constexpr int32_t kShadeFloors[] = {0, 4, 16, 64};
-constexpr const char* kShades[] = {"#BDBDBD", "#8A8A8A", "#515151", "#1A1A1A"};
+constexpr char kShades[][8] = {"#BDBDBD", "#8A8A8A", "#515151", "#1A1A1A"};
 constexpr int kShadeCount = sizeof kShadeFloors / sizeof kShadeFloors[0];
 
 constexpr const char* kHelixColour = "#3A3A3A";

@@ -10,7 +10,7 @@ namespace quarnel {
 
 namespace {
 
-constexpr const char* kSuffixes[] = {".pdb", ".cif", ".cif.gz", ".pdb.gz", ".ent.gz", ".ent"};
+constexpr char kSuffixes[][8] = {".pdb", ".cif", ".cif.gz", ".pdb.gz", ".ent.gz", ".ent"};
 
 std::string Cased(std::string text, int (*change)(int)) {
   for (char& c : text) c = static_cast<char>(change(static_cast<unsigned char>(c)));

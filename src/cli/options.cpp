@@ -30,8 +30,9 @@ void RequireValues(int argc, const char* const* argv, int i, int count) {
 // undefined behaviour by going through unsigned.
 int32_t PlusOne(int value) { return static_cast<int32_t>(static_cast<uint32_t>(value) + 1u); }
 
+// Names held in the table itself: no pointer to relocate, so the table stays read-only.
 struct DesignedOption {
-  const char* name;
+  char name[12];
   int values;
 };
 

@@ -148,9 +148,9 @@ std::string ChimeraxRun(const ResidueRun& run) {
 std::string ChimeraxColourDomain(const std::vector<ResidueRun>& runs, int place) {
   std::string text;
   for (const std::vector<ResidueRun>& group : CommandGroups(runs)) {
-    std::string spec = group.front().chain != kNoChain ? Format("/%c:", group.front().chain) : ":";
-    for (size_t k = 0; k < group.size(); ++k) spec += (k ? "," : "") + ChimeraxRun(group[k]);
-    text += "color " + spec + " " + HexColour(DomainColour(place)) + "\n";
+    std::string selection = group.front().chain != kNoChain ? Format("/%c:", group.front().chain) : ":";
+    for (size_t k = 0; k < group.size(); ++k) selection += (k ? "," : "") + ChimeraxRun(group[k]);
+    text += "color " + selection + " " + HexColour(DomainColour(place)) + "\n";
   }
   return text;
 }

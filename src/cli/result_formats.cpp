@@ -6,6 +6,7 @@
 #include <openssl/evp.h>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -32,7 +33,11 @@ constexpr char kTsvHeader[] =
     "chain_id\tsequence_md5\tnres\tndom\tchopping\tconfidence\tverdict\ttime_s\n";
 
 // Three-letter names of the 20 standard amino acids and their letters; anything else is 'X'.
-constexpr std::pair<const char*, char> kAminoAcids[] = {
+struct AminoAcid {
+  char name[4];
+  char letter;
+};
+constexpr AminoAcid kAminoAcids[] = {
     {"ALA", 'A'}, {"ARG", 'R'}, {"ASN", 'N'}, {"ASP", 'D'}, {"CYS", 'C'},
     {"GLN", 'Q'}, {"GLU", 'E'}, {"GLY", 'G'}, {"HIS", 'H'}, {"ILE", 'I'},
     {"LEU", 'L'}, {"LYS", 'K'}, {"MET", 'M'}, {"PHE", 'F'}, {"PRO", 'P'},
@@ -41,8 +46,8 @@ constexpr std::pair<const char*, char> kAminoAcids[] = {
 constexpr char kUnknownResidue = 'X';
 
 char OneLetter(const char* resname) {
-  for (const auto& [name, letter] : kAminoAcids)
-    if (std::string(name) == resname) return letter;
+  for (const AminoAcid& acid : kAminoAcids)
+    if (std::strcmp(acid.name, resname) == 0) return acid.letter;
   return kUnknownResidue;
 }
 

@@ -66,6 +66,8 @@ ComponentLists Rows(int32_t k, const std::vector<std::vector<int32_t>>& rows) {
   for (int32_t p = 0; p < k; ++p) {
     const size_t start = lists.entries.size();
     lists.entries.insert(lists.entries.end(), rows[p].begin(), rows[p].end());
+    // Entries of a row are distinct, so every sort gives the one decreasing order (the order
+    // of lists built by putting each rising entry at the front).
     std::sort(lists.entries.begin() + static_cast<long>(start), lists.entries.end(), std::greater<int32_t>());
   }
   return lists;

@@ -34,10 +34,11 @@ constexpr int kLetters = 26;            // ladder and sheet labels cycle through
 // case), as in mmcif_pdbx.dic. No value is checked against a pattern: mkdssp too reads values
 // its dictionary calls invalid.
 
+// Names held in the tables themselves: no pointer to relocate, so the tables stay read-only.
 struct DictionaryItem {
-  const char* category;
-  const char* item;
-  const char* type;
+  char category[24];
+  char item[32];
+  char type[8];
 };
 
 constexpr DictionaryItem kDictionaryItems[] = {
@@ -68,7 +69,7 @@ constexpr DictionaryItem kDictionaryItems[] = {
 };
 
 // atom_site item -> pdbx_poly_seq_scheme item: what makes an atom one of a residue's.
-constexpr const char* kResidueLink[][2] = {
+constexpr char kResidueLink[][2][24] = {
     {"auth_asym_id", "pdb_strand_id"}, {"auth_comp_id", "pdb_mon_id"},
     {"auth_seq_id", "pdb_seq_num"},    {"label_asym_id", "asym_id"},
     {"label_comp_id", "mon_id"},       {"label_entity_id", "entity_id"},
@@ -185,7 +186,7 @@ std::vector<Residue> GroupResidues(const std::vector<DsspAtom>& atoms) {
 // DSSP's secondary structure, bridges and breaks come from the backbone alone; side chains only
 // serve accessibility, which is not computed. Leaving them out halves DSSP's time, most of
 // which goes into scanning all atom rows for each residue's atoms.
-constexpr const char* kBackboneNames[] = {"N", "CA", "C", "O"};
+constexpr char kBackboneNames[][4] = {"N", "CA", "C", "O"};
 
 // A residue's backbone atoms in the order mkdssp's reader lists them: alternates of one atom
 // name together where the name first appears, sorted by alternate location (blank first), in
