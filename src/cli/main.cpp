@@ -167,10 +167,11 @@ bool FrontEndInput(const CommandLine& line, BatchOptions& batch) {
 // The program built with DSSP's library, beside this one.
 constexpr const char* kFullProgram = "quarnel-full";
 
-// A batch that needs DSSP's library, in the program built without it, is run by the program
-// built with it: the same command line, the same environment, in this process's place.
-int HandOffIfNeeded(const BatchOptions& batch, const char* const* argv) {
-  if (DsspLibrary::Linked() || !UsesDsspLibrary(batch)) return -1;
+// Runs a batch here; or, when the batch needs DSSP's library and this program was built without
+// it, has the program built with it run the batch: the same command line, the same environment,
+// in this process's place.
+int RunBatchOrHandOff(const BatchOptions& batch, const char* const* argv) {
+  if (DsspLibrary::Linked() || !UsesDsspLibrary(batch)) return RunBatch(batch);
   std::string path = kFullProgram;
   std::error_code error;
   const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
@@ -184,7 +185,6 @@ int HandOffIfNeeded(const BatchOptions& batch, const char* const* argv) {
 }
 
 int Run(int argc, const char* const* argv) {
-  BatchOptions batch;
   switch (ClassifyCommandLine(argc, argv)) {
     case RunKind::kHelp:
       std::fputs(HelpText().c_str(), stdout);
@@ -192,19 +192,14 @@ int Run(int argc, const char* const* argv) {
     case RunKind::kVersion:
       std::fputs(VersionText().c_str(), stdout);
       return 0;
-    case RunKind::kBatch: {
-      batch = ParseBatchOptions(argc, argv);
-      const int status = HandOffIfNeeded(batch, argv);
-      return status >= 0 ? status : RunBatch(batch);
-    }
+    case RunKind::kBatch:
+      return RunBatchOrHandOff(ParseBatchOptions(argc, argv), argv);
     case RunKind::kDesigned:
       break;
   }
   const CommandLine line = ParseOptions(argc, argv);
-  if (FrontEndInput(line, batch)) {
-    const int status = HandOffIfNeeded(batch, argv);
-    return status >= 0 ? status : RunBatch(batch);
-  }
+  BatchOptions batch;
+  if (FrontEndInput(line, batch)) return RunBatchOrHandOff(batch, argv);
   return RunDesigned(line);
 }
 
