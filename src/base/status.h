@@ -55,7 +55,7 @@ class Failure : public std::runtime_error {
 }
 
 // Storage a run cannot do without could not be allocated.
-inline constexpr const char* kAllocationFailedText = "Allocation failed.\n";
+inline constexpr char kAllocationFailedText[] = "Allocation failed.\n";
 [[noreturn]] inline void AllocationFailed(std::string hint = {}) {
   Fail(Status::kAllocation, Stream::kStdout, kAllocationFailedText, std::move(hint));
 }

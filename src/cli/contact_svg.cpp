@@ -39,9 +39,9 @@ constexpr int32_t kShadeFloors[] = {0, 4, 16, 64};
 constexpr char kShades[][8] = {"#BDBDBD", "#8A8A8A", "#515151", "#1A1A1A"};
 constexpr int kShadeCount = sizeof kShadeFloors / sizeof kShadeFloors[0];
 
-constexpr const char* kHelixColour = "#3A3A3A";
-constexpr const char* kStrandColour = "#8C8C8C";
-constexpr const char* kCoilColour = "#8C8C8C";
+constexpr char kHelixColour[] = "#3A3A3A";
+constexpr char kStrandColour[] = "#8C8C8C";
+constexpr char kCoilColour[] = "#8C8C8C";
 
 enum class Fold { kCoil, kHelix, kStrand };
 

@@ -6,7 +6,7 @@
 
 namespace quarnel {
 
-inline constexpr const char* kJsonNull = "null";
+inline constexpr char kJsonNull[] = "null";
 
 // A quoted JSON string. Bytes that are not UTF-8 (file names can hold any) become U+FFFD, so
 // the line stays valid JSON.

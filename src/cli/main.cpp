@@ -165,7 +165,7 @@ bool FrontEndInput(const CommandLine& line, BatchOptions& batch) {
 }
 
 // The program built with DSSP's library, beside this one.
-constexpr const char* kFullProgram = "quarnel-full";
+constexpr char kFullProgram[] = "quarnel-full";
 
 // Runs a batch here; or, when the batch needs DSSP's library and this program was built without
 // it, has the program built with it run the batch: the same command line, the same environment,

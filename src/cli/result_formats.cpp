@@ -23,7 +23,7 @@ namespace {
 #ifndef QUARNEL_CRYPTO_LIBRARY
 #define QUARNEL_CRYPTO_LIBRARY "libcrypto.so.3"
 #endif
-constexpr const char* kCryptoLibrary = QUARNEL_CRYPTO_LIBRARY;
+constexpr char kCryptoLibrary[] = QUARNEL_CRYPTO_LIBRARY;
 
 constexpr char kNoInsertion = ' ';
 constexpr char kNotJudged[] = "-";

@@ -18,7 +18,7 @@
 namespace quarnel {
 namespace {
 
-constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+constexpr char kUtf8Mark[] = "\xEF\xBB\xBF";
 constexpr size_t kBinarySniffLength = 4096;
 constexpr size_t kReadChunk = size_t{1} << 20;
 
@@ -48,7 +48,8 @@ std::string OneLine(std::string text) {
 
 // mmCIF opens with its first data block; only blanks and comment lines may come before it.
 bool IsMmcif(std::string_view text) {
-  if (text.substr(0, kUtf8Mark.size()) == kUtf8Mark) text.remove_prefix(kUtf8Mark.size());
+  const std::string_view mark = kUtf8Mark;
+  if (text.substr(0, mark.size()) == mark) text.remove_prefix(mark.size());
   size_t i = 0;
   while (i < text.size()) {
     char c = text[i];

@@ -22,7 +22,7 @@ namespace {
 constexpr int kModel = 1;
 constexpr int kMinPolyProlineStretch = 3;
 
-constexpr const char* kTableHeader = "  #  RESIDUE AA STRUCTURE BP1 BP2";
+constexpr char kTableHeader[] = "  #  RESIDUE AA STRUCTURE BP1 BP2";
 constexpr int kPartnerModulus = 10000;  // a partner column holds four digits
 constexpr int kLetters = 26;            // ladder and sheet labels cycle through the alphabet
 
@@ -76,7 +76,7 @@ constexpr char kResidueLink[][2][24] = {
     {"label_seq_id", "seq_id"},        {"pdbx_PDB_ins_code", "pdb_ins_code"},
 };
 
-constexpr const char* kDictionaryHead = R"(data_quarnel_dssp.dic
+constexpr char kDictionaryHead[] = R"(data_quarnel_dssp.dic
 _datablock.id quarnel_dssp.dic
 _dictionary.title quarnel_dssp.dic
 _dictionary.version 1.0
