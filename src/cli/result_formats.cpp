@@ -2,7 +2,7 @@
 // made from the domains in chain order; and the reading back of a results file to resume.
 #include "cli/result_formats.h"
 
-#include <dlfcn.h>
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 
 #include <algorithm>
@@ -19,11 +19,6 @@
 namespace quarnel {
 
 namespace {
-
-#ifndef QUARNEL_CRYPTO_LIBRARY
-#define QUARNEL_CRYPTO_LIBRARY "libcrypto.so.3"
-#endif
-constexpr char kCryptoLibrary[] = QUARNEL_CRYPTO_LIBRARY;
 
 constexpr char kNoInsertion = ' ';
 constexpr char kNotJudged[] = "-";
@@ -341,24 +336,17 @@ std::string FoundChopping(const ChainResult& result) {
   return text;
 }
 
-// OpenSSL's libcrypto is opened when the first checksum is made, not when the tool starts:
-// loading it costs every process about four milliseconds, which runs printing the classic
-// line should not pay. The library stays loaded; opening it again is only a lookup.
+// A checksum needs no configuration: libcrypto is started without reading the system's
+// openssl.cnf, which could name provider modules to load (a static program must not) and costs
+// a few milliseconds. Starting it twice is harmless.
 std::string SequenceMd5(const Structure& structure) {
   std::string sequence;
   sequence.reserve(structure.residues.size());
   for (const Residue& r : structure.residues) sequence += OneLetter(r.resname);
-  void* crypto = dlopen(kCryptoLibrary, RTLD_NOW | RTLD_LOCAL);
-  using DigestFunction = decltype(&EVP_Digest);
-  using Md5Function = decltype(&EVP_md5);
-  const auto digestOf = crypto != nullptr ? reinterpret_cast<DigestFunction>(dlsym(crypto, "EVP_Digest")) : nullptr;
-  const auto md5 = crypto != nullptr ? reinterpret_cast<Md5Function>(dlsym(crypto, "EVP_md5")) : nullptr;
-  if (digestOf == nullptr || md5 == nullptr)
-    Fail(Status::kAllocation, Stream::kStderr,
-         std::string("quarnel: cannot load ") + kCryptoLibrary + " for sequence checksums\n");
   unsigned char digest[EVP_MAX_MD_SIZE];
   unsigned int length = 0;
-  if (digestOf(sequence.data(), sequence.size(), digest, &length, md5(), nullptr) != 1)
+  if (OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr) != 1 ||
+      EVP_Digest(sequence.data(), sequence.size(), digest, &length, EVP_md5(), nullptr) != 1)
     AllocationFailed();
   std::string hex;
   for (unsigned int k = 0; k < length; ++k) hex += Format("%02x", digest[k]);
