@@ -33,15 +33,21 @@ struct Sample {
   int32_t sink;
 };
 
-// What one sample's flow problem gave. Its residues are its own copy of the level's slice,
-// left as its candidate listing left them.
-struct SampleOutcome {
-  bool judged = false;  // false when its flow was too large to enumerate
-  float score = kRejectedScore;
-  CutScores scores = kRejectedCutScores;
-  std::vector<int32_t> labels;  // part, plus kMergedCode when merged, by slice position
-  std::vector<Residue> slice;
-  std::exception_ptr failure;   // a designed failure met on the way
+// What each worker keeps of the samples it evaluated. A worker takes its samples in increasing
+// order, so its last judged sample and its earliest strictly lowest one are what a single pass
+// over its own samples would keep; across workers, the highest last judged sample and the lowest
+// score (the earlier sample on ties) are what one pass over all samples keeps. A slice copy per
+// worker instead of per sample keeps a level's memory small: every page a process touches first
+// costs it a fault.
+struct WorkerOutcome {
+  std::vector<Residue> current;     // the slice copy the worker's sample works on
+  std::vector<Residue> lastJudged;  // as its last judged sample left it
+  int lastJudgedSample = -1;
+  std::vector<int32_t> labels;      // part, plus kMergedCode when merged, by slice position
+  std::vector<int32_t> bestLabels;  // those of its best sample
+  int bestSample = -1;
+  float bestScore = kRejectedScore;
+  CutScores bestScores = kRejectedCutScores;
 };
 
 // The slice's residues by CA distance from one residue, nearest first.
@@ -247,9 +253,9 @@ struct LevelData {
   const CutJudge judge;
 };
 
-// One sample's flow problem and its best candidate cut, on the sample's own copy of the slice.
-void EvaluateSample(const LevelData& data, const Sample& sample, FlowScratch& scratch,
-                    SampleOutcome& outcome) {
+// One sample's flow problem and its best candidate cut, on the worker's copy of the slice.
+void EvaluateSample(const LevelData& data, int index, const Sample& sample, FlowScratch& scratch,
+                    WorkerOutcome& worker) {
   const Params& params = data.params;
   const int n = data.level.size();
   std::vector<DistanceEntry> nearSource = SortedByDistance(data.level, sample.source);
@@ -263,31 +269,42 @@ void EvaluateSample(const LevelData& data, const Sample& sample, FlowScratch& sc
   const int32_t flow = DomainBiPartition(network, scratch);
   if (flow > kMaxFlowToJudge && params.MaxNumDom != kDefaultMaxNumDom) return;
 
-  outcome.judged = true;
-  Residue* slice = outcome.slice.data();
-  outcome.score = GenerateAllBiPartition(params, data.judge, network, slice, &outcome.scores);
-  outcome.labels.resize(static_cast<size_t>(n));
-  for (int i = 0; i < n; ++i) outcome.labels[i] = slice[i].part + (slice[i].merged > 0 ? kMergedCode : 0);
+  Residue* slice = worker.current.data();
+  CutScores scores = kRejectedCutScores;
+  const float score = GenerateAllBiPartition(params, data.judge, network, slice, &scores);
+  if (score < worker.bestScore) {
+    worker.labels.resize(static_cast<size_t>(n));
+    for (int i = 0; i < n; ++i) worker.labels[i] = slice[i].part + (slice[i].merged > 0 ? kMergedCode : 0);
+    worker.labels.swap(worker.bestLabels);
+    worker.bestSample = index;
+    worker.bestScore = score;
+    worker.bestScores = scores;
+  }
+  worker.current.swap(worker.lastJudged);
+  worker.lastJudgedSample = index;
 }
 
-// Every sample of the level, on as many threads as the context has. Each works on its own copy
-// of the slice and its own scratch space, so the outcomes are those of computing them one by one.
-std::vector<SampleOutcome> EvaluateSamples(const Engine& engine, const LevelData& data,
-                                           const std::vector<Sample>& samples, const Residue* slice) {
+// Every sample of the level, on as many threads as the context has, each worker on its own copy
+// of the slice and its own scratch space; a designed failure is kept by sample.
+std::vector<WorkerOutcome> EvaluateSamples(const Engine& engine, const LevelData& data,
+                                           const std::vector<Sample>& samples,
+                                           const Residue* slice,
+                                           std::vector<std::exception_ptr>& failures) {
   RunContext& context = engine.context;
   const int threads = context.workers != nullptr ? context.workers->threads() : 1;
   if (context.flow.size() < static_cast<size_t>(threads)) context.flow.resize(static_cast<size_t>(threads));
   const int n = data.level.size();
-  std::vector<SampleOutcome> outcomes(samples.size());
-  auto body = [&](int s, int worker) {
-    SampleOutcome& outcome = outcomes[s];
+  std::vector<WorkerOutcome> workers(static_cast<size_t>(threads));
+  failures.assign(samples.size(), nullptr);
+  auto body = [&](int s, int w) {
+    WorkerOutcome& worker = workers[w];
     try {
-      outcome.slice.assign(slice, slice + n);
-      EvaluateSample(data, samples[s], context.flow[worker], outcome);
+      worker.current.assign(slice, slice + n);
+      EvaluateSample(data, s, samples[s], context.flow[w], worker);
     } catch (const Failure&) {
-      outcome.failure = std::current_exception();
+      failures[s] = std::current_exception();
     } catch (const std::bad_alloc&) {
-      outcome.failure = std::make_exception_ptr(
+      failures[s] = std::make_exception_ptr(
           Failure(Status::kAllocation, Stream::kStdout, kAllocationFailedText));
     }
   };
@@ -295,7 +312,7 @@ std::vector<SampleOutcome> EvaluateSamples(const Engine& engine, const LevelData
     context.workers->ParallelFor(static_cast<int>(samples.size()), body);
   else
     for (int s = 0; s < static_cast<int>(samples.size()); ++s) body(s, 0);
-  return outcomes;
+  return workers;
 }
 
 }  // namespace
@@ -356,40 +373,35 @@ int MultiCut(const Engine& engine, Residue* slice, const LevelMatrix& level, int
   WorkerPool* workers = engine.context.workers;
   const LevelData data{engine.params, level, BuildLevelArcs(WeightedPairs(workers, level), n),
                        CutJudge(engine.params, engine.contacts, slice, n, workers)};
-  std::vector<SampleOutcome> outcomes = EvaluateSamples(engine, data, samples, slice);
+  std::vector<std::exception_ptr> failures;
+  const std::vector<WorkerOutcome> outcomes = EvaluateSamples(engine, data, samples, slice, failures);
 
-  // The outcomes are taken in sample order, as one thread would meet them: only the earliest
-  // strictly lowest sample wins, and a failure ends the search where that thread would stop.
-  int winner = -1;
-  int lastJudged = -1;
-  float bestScore = kRejectedScore;
-  for (int s = 0; s < static_cast<int>(outcomes.size()); ++s) {
-    SampleOutcome& outcome = outcomes[s];
-    if (outcome.failure) std::rethrow_exception(outcome.failure);
-    if (!outcome.judged) continue;
-    lastJudged = s;
-    if (outcome.score < bestScore) {
-      bestScore = outcome.score;
-      winner = s;
-    }
+  // A failure ends the search where one thread taking the samples in order would stop; else
+  // only the earliest strictly lowest sample wins.
+  for (const std::exception_ptr& failure : failures)
+    if (failure) std::rethrow_exception(failure);
+  const WorkerOutcome* best = nullptr;
+  const WorkerOutcome* last = nullptr;
+  for (const WorkerOutcome& worker : outcomes) {
+    if (worker.bestSample >= 0 &&
+        (best == nullptr || worker.bestScore < best->bestScore ||
+         (worker.bestScore == best->bestScore && worker.bestSample < best->bestSample)))
+      best = &worker;
+    if (worker.lastJudgedSample >= 0 && (last == nullptr || worker.lastJudgedSample > last->lastJudgedSample))
+      last = &worker;
   }
-  if (winner < 0 || bestScore > kWorstAcceptedScore) {
+  if (best == nullptr || best->bestScore > kWorstAcceptedScore) {
     // The slice is left as the last sample that listed candidates left it.
-    if (lastJudged >= 0) std::copy(outcomes[lastJudged].slice.begin(), outcomes[lastJudged].slice.end(), slice);
+    if (last != nullptr) std::copy(last->lastJudged.begin(), last->lastJudged.end(), slice);
     return 0;
   }
 
-  const SampleOutcome& best = outcomes[winner];
-  *scores = best.scores;
+  *scores = best->bestScores;
   SortByIndex(slice, n);
   for (int i = 0; i < n; ++i) {
-    if (best.labels[i] > kMergedCode - 1) {
-      slice[i].part = best.labels[i] - kMergedCode;
-      slice[i].merged = 1;
-    } else {
-      slice[i].part = best.labels[i];
-      slice[i].merged = 0;
-    }
+    const int32_t label = best->bestLabels[i];
+    slice[i].part = label >= kMergedCode ? label - kMergedCode : label;
+    slice[i].merged = label >= kMergedCode ? 1 : 0;
   }
   SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare2);
   *split = 0;
