@@ -124,8 +124,8 @@ std::vector<int> BinRow(const ChainResult& result, const Layout& layout, int row
     for (int j = 0; j < layout.n; ++j) {
       const int b = residues[static_cast<size_t>(j)].index;
       if (i == j || a >= map.size() || b >= map.size()) continue;
-      const Contact& c = map.at(a, b);
-      const Contact& d = map.at(b, a);
+      const Contact c = map.at(a, b);
+      const Contact d = map.at(b, a);
       if (c.count <= 0 && d.count <= 0) continue;
       int& shade = shades[static_cast<size_t>(j / layout.bin)];
       shade = std::max(shade, Shade(std::max(c.weight, d.weight)));

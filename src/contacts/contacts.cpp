@@ -1,36 +1,17 @@
 // The residue contact map, and the fixed weights that secondary structure gives it.
 #include "contacts/contacts.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
-
+#include <algorithm>
 #include <cmath>
 #include <limits>
-#include <new>
 
-#include "base/status.h"
 #include "base/text.h"
 
 namespace quarnel {
 
 namespace {
 
-// The reader leaves 999.9 in a CA coordinate that was never read.
-constexpr double kMissingCaX = 998.9;
-
-// Squared distance the way every contact test takes it: each difference in double, rounded to
-// single precision, then squared and summed in single precision.
-float Distance2(double x1, double y1, double z1, double x2, double y2, double z2) {
-  float dx = static_cast<float>(x1 - x2);
-  float dy = static_cast<float>(y1 - y2);
-  float dz = static_cast<float>(z1 - z2);
-  return dx * dx + dy * dy + dz * dz;
-}
-
-float CaDistance2(const Residue& a, const Residue& b) {
-  if (a.ca[0] > kMissingCaX || b.ca[0] > kMissingCaX) return kNoCaDistance2;
-  return Distance2(a.ca[0], a.ca[1], a.ca[2], b.ca[0], b.ca[1], b.ca[2]);
-}
+float CaDistance2(const Residue& a, const Residue& b) { return quarnel::CaDistance2(a.ca, b.ca); }
 
 // A sphere around all atoms of a residue, used only to pass over residue pairs that are too far
 // apart for any atom pair to be within 4 A. The test is done in double with a margin far larger
@@ -108,57 +89,68 @@ void AtomContacts(const Atom* a, int na, const Atom* b, int nb, float bbWeight, 
   }
 }
 
-// A chain whose contact map cannot fit in this machine's memory stops here, with the allocation
-// failure, instead of being killed by the system halfway through.
-constexpr double kUsableMemoryShare = 0.75;
-
-void RequireMemoryForContacts(int32_t residues) {
-  long pages = sysconf(_SC_PHYS_PAGES);
-  long pageSize = sysconf(_SC_PAGE_SIZE);
-  if (pages <= 0 || pageSize <= 0) return;
-  double physical = static_cast<double>(pages) * static_cast<double>(pageSize);
-  double needed = static_cast<double>(residues) * static_cast<double>(residues) *
-                  static_cast<double>(sizeof(Contact));
-  if (needed <= kUsableMemoryShare * physical) return;
-  AllocationFailed(Format(
-      "quarnel: %d residues need %.1f GB for their contact map; this machine has %.1f GB",
-      residues, needed / 1e9, physical / 1e9));
-}
-
-void SetWeight(ContactMap& contacts, int32_t i, int32_t j, int32_t weight) {
-  contacts.at(i, j).weight = weight;
-  contacts.at(j, i).weight = weight;
-}
-
-// Every cell of the map is written, and a page first touched by a write costs a fault, which on
-// some virtual machines takes several times as long as the kernel asking for the whole block at
-// once (Linux 5.14 and later; elsewhere the pages are faulted in as before).
-void Populate(void* block, size_t bytes) {
-#ifdef MADV_POPULATE_WRITE
-  const uintptr_t page = static_cast<uintptr_t>(sysconf(_SC_PAGE_SIZE));
-  const uintptr_t first = (reinterpret_cast<uintptr_t>(block) + page - 1) / page * page;
-  const uintptr_t last = (reinterpret_cast<uintptr_t>(block) + bytes) / page * page;
-  if (last > first) madvise(reinterpret_cast<void*>(first), last - first, MADV_POPULATE_WRITE);
-#else
-  (void)block;
-  (void)bytes;
-#endif
-}
-
 }  // namespace
 
-// All bits zero is weight 0, count 0 and distance 0.0.
-ContactMap::ContactMap(int32_t n) : n_(n > 0 ? n : 0) {
-  const size_t cells = static_cast<size_t>(n_) * static_cast<size_t>(n_);
-  cells_.reset(static_cast<Contact*>(std::calloc(cells > 0 ? cells : 1, sizeof(Contact))));
-  if (cells_ == nullptr) AllocationFailed();
-  Populate(cells_.get(), cells * sizeof(Contact));
+ContactMap::ContactMap(int32_t n)
+    : ca_(static_cast<size_t>(n > 0 ? n : 0), Ca{{kNoCoordinate, kNoCoordinate, kNoCoordinate}}),
+      first_(ca_.size() + 1, 0) {}
+
+// Taking the pairs in order appends each row's partners in ascending order: those below the row
+// come from earlier pairs, those above it from the row's own.
+ContactMap::ContactMap(const std::vector<Residue>& residues, const std::vector<ContactPair>& pairs) {
+  const size_t n = residues.size();
+  ca_.resize(n);
+  for (size_t r = 0; r < n; ++r) ca_[r] = Ca{{residues[r].ca[0], residues[r].ca[1], residues[r].ca[2]}};
+  first_.assign(n + 1, 0);
+  for (const ContactPair& pair : pairs) {
+    ++first_[static_cast<size_t>(pair.i) + 1];
+    ++first_[static_cast<size_t>(pair.j) + 1];
+  }
+  for (size_t r = 0; r < n; ++r) first_[r + 1] += first_[r];
+  entries_.resize(first_[n]);
+  std::vector<size_t> next(first_.begin(), first_.end() - 1);
+  for (const ContactPair& pair : pairs) {
+    entries_[next[pair.i]++] = ContactEntry{pair.j, pair.weight, pair.count};
+    entries_[next[pair.j]++] = ContactEntry{pair.i, pair.weight, pair.count};
+  }
+}
+
+Contact ContactMap::at(int32_t i, int32_t j) const {
+  Contact cell{0, 0, dist2(i, j)};
+  const ContactEntry* last = end(i);
+  const ContactEntry* found = std::lower_bound(
+      begin(i), last, j, [](const ContactEntry& e, int32_t partner) { return e.partner < partner; });
+  if (found != last && found->partner == j) {
+    cell.weight = found->weight;
+    cell.count = found->count;
+  }
+  return cell;
+}
+
+ContactEntry& ContactMap::Slot(int32_t i, int32_t j) {
+  ContactEntry* last = entries_.data() + first_[i + 1];
+  ContactEntry* found = std::lower_bound(
+      entries_.data() + first_[i], last, j,
+      [](const ContactEntry& e, int32_t partner) { return e.partner < partner; });
+  if (found != last && found->partner == j) return *found;
+  const size_t at = static_cast<size_t>(found - entries_.data());
+  entries_.insert(entries_.begin() + static_cast<std::ptrdiff_t>(at), ContactEntry{j, 0, 0});
+  for (size_t r = static_cast<size_t>(i) + 1; r < first_.size(); ++r) ++first_[r];
+  return entries_[at];
+}
+
+void ContactMap::SetWeight(int32_t i, int32_t j, int32_t weight) {
+  Slot(i, j).weight = weight;
+  Slot(j, i).weight = weight;
+}
+
+void ContactMap::SetContact(int32_t i, int32_t j, int32_t weight, int32_t count) {
+  Slot(i, j) = ContactEntry{j, weight, count};
+  Slot(j, i) = ContactEntry{i, weight, count};
 }
 
 ContactMap CalcContacts(const Structure& structure, const Params& params, WorkerPool* workers) {
   const int32_t n = structure.size();
-  RequireMemoryForContacts(n);
-  ContactMap contacts(n);
   const std::vector<Residue>& residues = structure.residues;
   const bool caOnly = params.FlagCa == 1;
   std::vector<Sphere> spheres;
@@ -167,26 +159,22 @@ ContactMap CalcContacts(const Structure& structure, const Params& params, Worker
     for (const Residue& r : residues) spheres.push_back(BoundingSphere(structure.AtomsOf(r), r.natoms));
   }
 
-  // Row i writes cells (i, j) and (j, i) for j > i only: no two rows write the same cell.
-  auto rows = [&](int, int first, int last) {
-    for (int32_t i = first; i < last; ++i) {
-      for (int32_t j = i + 1; j < n; ++j) {
-        Contact cell{0, 0, CaDistance2(residues[i], residues[j])};
-        if (caOnly) {
-          int32_t contact = cell.dist2 < kCaContactDistance2 ? 1 : 0;
-          cell.weight = contact;
-          cell.count = contact;
-        } else if (!Apart(spheres[i], spheres[j])) {
-          AtomContacts(structure.AtomsOf(residues[i]), residues[i].natoms,
-                       structure.AtomsOf(residues[j]), residues[j].natoms, params.BBWeight, cell);
-        }
-        contacts.at(i, j) = cell;
-        contacts.at(j, i) = cell;
+  // Row i lists its pairs (i, j), j > i, with any contact; the rows joined in order are sorted.
+  const std::vector<ContactPair> pairs = CollectRows<ContactPair>(workers, n, [&](int i, std::vector<ContactPair>& row) {
+    for (int32_t j = i + 1; j < n; ++j) {
+      Contact cell{0, 0, 0.0f};
+      if (caOnly) {
+        int32_t contact = CaDistance2(residues[i], residues[j]) < kCaContactDistance2 ? 1 : 0;
+        cell.weight = contact;
+        cell.count = contact;
+      } else if (!Apart(spheres[i], spheres[j])) {
+        AtomContacts(structure.AtomsOf(residues[i]), residues[i].natoms,
+                     structure.AtomsOf(residues[j]), residues[j].natoms, params.BBWeight, cell);
       }
+      if (cell.weight != 0 || cell.count != 0) row.push_back(ContactPair{i, j, cell.weight, cell.count});
     }
-  };
-  ForChunks(workers, n, ChunksFor(workers, n), rows);
-  return contacts;
+  });
+  return ContactMap(residues, pairs);
 }
 
 void ApplySecondaryStructure(const SecondaryStructure& table, std::vector<Residue>& residues,
@@ -198,13 +186,13 @@ void ApplySecondaryStructure(const SecondaryStructure& table, std::vector<Residu
     residues[i].bridge2 = table.bridge2[i];
   }
   for (int32_t i = 1; i < n; ++i) {
-    if (residues[i - 1].ss == 'E' && residues[i].ss == 'E') SetWeight(contacts, i - 1, i, kStrandWeight);
+    if (residues[i - 1].ss == 'E' && residues[i].ss == 'E') contacts.SetWeight(i - 1, i, kStrandWeight);
   }
   // Every pair i < j in which either residue lists the other gets the bridge weight; visiting
   // each residue's own partners reaches exactly those pairs, after the strand weights.
   for (int32_t i = 0; i < n; ++i) {
     for (int32_t partner : {residues[i].bridge1, residues[i].bridge2}) {
-      if (partner != kNoPartner && partner != i) SetWeight(contacts, i, partner, kBridgeWeight);
+      if (partner != kNoPartner && partner != i) contacts.SetWeight(i, partner, kBridgeWeight);
     }
   }
 }

@@ -42,14 +42,15 @@ CutJudge::CutJudge(const Params& params, const ContactMap& contacts, const Resid
     residues_[r] = LevelResidue{slice[r].index, slice[r].bridge1, slice[r].bridge2, slice[r].ss};
   }
   // Each pair of the level's residues once, lower index first, where the contact counts at all.
+  // The sums over them are exact integers, so their order does not matter.
   pairs_ = CollectRows<LevelPair>(workers, n, [&](int r, std::vector<LevelPair>& pairs) {
     const int32_t i = slice[r].index;
-    const Contact* row = contacts.row(i);
-    for (int c = 0; c < n; ++c) {
-      const int32_t j = slice[c].index;
+    for (const ContactEntry* e = contacts.begin(i); e != contacts.end(i); ++e) {
+      const int32_t j = e->partner;
       if (j <= i || j - i <= params.ResSep) continue;
-      const Contact& cell = row[j];
-      if (cell.weight != 0 || cell.count != 0) pairs.push_back(LevelPair{r, c, cell.weight, cell.count});
+      const int32_t c = local_[j];
+      if (c == kNotInLevel) continue;
+      if (e->weight != 0 || e->count != 0) pairs.push_back(LevelPair{r, c, e->weight, e->count});
     }
   });
 }

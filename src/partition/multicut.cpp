@@ -54,7 +54,7 @@ struct WorkerOutcome {
 std::vector<DistanceEntry> SortedByDistance(const LevelMatrix& level, int from) {
   const int n = level.size();
   std::vector<DistanceEntry> list(static_cast<size_t>(n));
-  for (int i = 0; i < n; ++i) list[i] = DistanceEntry{i, level.at(from, i).dist2};
+  for (int i = 0; i < n; ++i) list[i] = DistanceEntry{i, level.dist2(from, i)};
   SortRecords(list.data(), list.size(), sizeof(DistanceEntry), compare1);
   return list;
 }
@@ -84,7 +84,7 @@ bool FarthestPair(WorkerPool* workers, const LevelMatrix& level, int* a, int* b)
   const int n = level.size();
   const FarPair found = FarthestInRows(workers, n, [&](int i, FarPair& best) {
     for (int j = i + 1; j < n; ++j) {
-      const float d = level.at(i, j).dist2;
+      const float d = level.dist2(i, j);
       if (d > best.distance && static_cast<double>(d) < kFarthestLimit) best = FarPair{d, i, j};
     }
   });
@@ -94,20 +94,25 @@ bool FarthestPair(WorkerPool* workers, const LevelMatrix& level, int* a, int* b)
   return true;
 }
 
-// The weight across a split at k, accumulated in single precision in row order.
+// The weight across a split at k, accumulated in single precision in row order (the pairs
+// without contact add nothing to it).
 float CrossWeightInFloat(const LevelMatrix& level, int k) {
-  const int n = level.size();
   float sum = 0.0f;
-  for (int a = 0; a < k; ++a)
-    for (int b = k; b < n; ++b) sum += static_cast<float>(level.at(a, b).weight);
+  for (int a = 0; a < k; ++a) {
+    level.ForContacts(a, [&](int b, int32_t weight, int32_t) {
+      if (b >= k) sum += static_cast<float>(weight);
+    });
+  }
   return sum;
 }
 
 // The sequence split with the weakest weight across it per residue pair. The sums are kept
 // exactly in 64 bits and updated from one k to the next; while every partial sum stays within
 // the 24 bits a float holds exactly, the single-precision accumulation gives the same value,
-// and only beyond that is it redone term by term.
-int SequenceSplit(const LevelMatrix& level) {
+// and only beyond that is it redone term by term. Moving residue r to the left side takes its
+// weight to the residues before it off the sum and adds its weight to those after it: both
+// come from r's own row (the map is symmetric), one pass per row, rows shared among threads.
+int SequenceSplit(WorkerPool* workers, const LevelMatrix& level) {
   constexpr int64_t kExactInFloat = int64_t{1} << 24;
   const int n = level.size();
   int split = n / 2;
@@ -115,24 +120,37 @@ int SequenceSplit(const LevelMatrix& level) {
   const int first = kSplitMargin;
   if (first >= n - kSplitMargin) return split;
 
+  struct Moves {
+    int64_t sum = 0, magnitude = 0;  // change when the residue moves to the left side
+  };
+  const int movers = n - kSplitMargin - 1 - first;  // residues first .. n - kSplitMargin - 2
+  std::vector<Moves> moves(static_cast<size_t>(movers > 0 ? movers : 0));
+  ForChunks(workers, movers, ChunksFor(workers, movers), [&](int, int from, int to) {
+    for (int m = from; m < to; ++m) {
+      const int r = first + m;
+      Moves change;
+      level.ForContacts(r, [&](int c, int32_t w, int32_t) {
+        if (c == r) return;
+        const int64_t weight = w;
+        change.sum += c > r ? weight : -weight;
+        change.magnitude += c > r ? std::llabs(weight) : -std::llabs(weight);
+      });
+      moves[m] = change;
+    }
+  });
+
   int64_t sum = 0, magnitude = 0;
   for (int a = 0; a < first; ++a) {
-    for (int b = first; b < n; ++b) {
-      sum += level.at(a, b).weight;
-      magnitude += std::llabs(level.at(a, b).weight);
-    }
+    level.ForContacts(a, [&](int b, int32_t w, int32_t) {
+      if (b < first) return;
+      sum += w;
+      magnitude += std::llabs(w);
+    });
   }
   for (int k = first; k < n - kSplitMargin; ++k) {
     if (k > first) {
-      // Residue k-1 moves to the left side.
-      for (int a = 0; a < k - 1; ++a) {
-        sum -= level.at(a, k - 1).weight;
-        magnitude -= std::llabs(level.at(a, k - 1).weight);
-      }
-      for (int b = k; b < n; ++b) {
-        sum += level.at(k - 1, b).weight;
-        magnitude += std::llabs(level.at(k - 1, b).weight);
-      }
+      sum += moves[k - 1 - first].sum;
+      magnitude += moves[k - 1 - first].magnitude;
     }
     float cross = magnitude <= kExactInFloat ? static_cast<float>(sum) : CrossWeightInFloat(level, k);
     float value = cross / static_cast<float>(k) / static_cast<float>(n - k);
@@ -148,7 +166,7 @@ void FarthestAcross(WorkerPool* workers, const LevelMatrix& level, int split, in
   const int n = level.size();
   const FarPair found = FarthestInRows(workers, split, [&](int i, FarPair& best) {
     for (int j = split; j < n; ++j) {
-      const float d = level.at(i, j).dist2;
+      const float d = level.dist2(i, j);
       if (d > best.distance && static_cast<double>(d) < kAcrossSplitLimit) best = FarPair{d, i, j};
     }
   });
@@ -220,7 +238,7 @@ bool BuildSamples(const Engine& engine, const Residue* slice, const LevelMatrix&
     if (!FarthestPair(context.workers, level, &a, &b)) return false;
     acrossA = a;
     acrossB = b;
-    FarthestAcross(context.workers, level, SequenceSplit(level), &acrossA, &acrossB);
+    FarthestAcross(context.workers, level, SequenceSplit(context.workers, level), &acrossA, &acrossB);
   }
 
   DrawAroundAnchors(params, context.random, level, a, b, samples);
@@ -238,10 +256,9 @@ bool BuildSamples(const Engine& engine, const Residue* slice, const LevelMatrix&
 std::vector<WeightedPair> WeightedPairs(WorkerPool* workers, const LevelMatrix& level) {
   const int n = level.size();
   return CollectRows<WeightedPair>(workers, n, [&](int i, std::vector<WeightedPair>& pairs) {
-    for (int j = i + 1; j < n; ++j) {
-      const int32_t weight = level.at(i, j).weight;
-      if (weight != 0) pairs.push_back(WeightedPair{i, j, weight});
-    }
+    level.ForContacts(i, [&](int j, int32_t weight, int32_t) {
+      if (j > i && weight != 0) pairs.push_back(WeightedPair{i, j, weight});
+    });
   });
 }
 
@@ -318,9 +335,16 @@ std::vector<WorkerOutcome> EvaluateSamples(const Engine& engine, const LevelData
 }  // namespace
 
 LevelMatrix::LevelMatrix(const ContactMap& contacts, const Residue* slice, int n)
-    : contacts_(contacts) {
+    : contacts_(contacts), position_(static_cast<size_t>(contacts.size()), kNotInLevel) {
   index_.reserve(static_cast<size_t>(n > 0 ? n : 0));
-  for (int r = 0; r < n; ++r) index_.push_back(slice[r].index);
+  ca_.reserve(index_.capacity());
+  for (int r = 0; r < n; ++r) {
+    const int32_t i = slice[r].index;
+    index_.push_back(i);
+    position_[i] = r;
+    const double* ca = contacts.ca(i);
+    ca_.push_back(Ca{{ca[0], ca[1], ca[2]}});
+  }
 }
 
 int compare1(const void* a, const void* b) {

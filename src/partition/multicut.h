@@ -10,17 +10,34 @@
 namespace quarnel {
 
 // The weights and CA distances between the residues of one level, by slice position: a view
-// of the chain's contact map through the level's residue indices, taken in chain order.
+// of the chain's contact map through the level's residue indices. The slice is in index order,
+// so a residue's contacts come in position order.
 class LevelMatrix {
  public:
   LevelMatrix(const ContactMap& contacts, const Residue* slice, int n);
 
   int size() const { return static_cast<int>(index_.size()); }
-  const Contact& at(int r, int c) const { return contacts_.at(index_[r], index_[c]); }
+  // 0 from a residue to itself.
+  float dist2(int r, int c) const { return r == c ? 0.0f : CaDistance2(ca_[r].xyz, ca_[c].xyz); }
+  // visit(c, weight, count) for each residue c of the level that r has a contact with, c rising.
+  template <typename Visit>
+  void ForContacts(int r, const Visit& visit) const {
+    const int32_t i = index_[r];
+    for (const ContactEntry* e = contacts_.begin(i); e != contacts_.end(i); ++e) {
+      const int32_t c = position_[e->partner];
+      if (c != kNotInLevel) visit(c, e->weight, e->count);
+    }
+  }
 
  private:
+  static constexpr int32_t kNotInLevel = -1;
+  struct Ca {
+    double xyz[3];
+  };
   const ContactMap& contacts_;
   std::vector<int32_t> index_;
+  std::vector<int32_t> position_;  // chain index -> level position, or kNotInLevel
+  std::vector<Ca> ca_;             // by position, kept together for the distance scans
 };
 
 struct DistanceEntry {

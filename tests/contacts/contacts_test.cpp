@@ -64,8 +64,8 @@ TEST(ContactMap, DistanceBoundsAndBackboneWeight) {
     params.FlagCa = row.flagCa;
     params.BBWeight = row.bbWeight;
     const ContactMap map = CalcContacts(probe, params);
-    const Contact& cell = map.at(0, row.j);
-    const Contact& mirror = map.at(row.j, 0);
+    const Contact cell = map.at(0, row.j);
+    const Contact mirror = map.at(row.j, 0);
     SCOPED_TRACE(testing::Message() << "-ca " << row.flagCa << " -bw " << row.bbWeight << " j " << row.j);
     EXPECT_EQ(cell.weight, row.weight);
     EXPECT_EQ(cell.count, row.count);

@@ -57,7 +57,7 @@ const CutRow kCutRows[] = {
 };
 
 void SetContact(ContactMap& map, int i, int j, int weight, int count) {
-  map.at(i, j) = map.at(j, i) = Contact{weight, count, 0.0f};
+  map.SetContact(i, j, weight, count);
 }
 
 TEST(GoodDomainCut, ThresholdsAndScores) {
