@@ -1,6 +1,8 @@
 // Line sources and field helpers for the fixed-format readers.
 #include "base/text.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -31,6 +33,11 @@ class FileReader final : public LineReader {
     return true;
   }
   bool Failed() const override { return std::ferror(file_) != 0; }
+  size_t SizeHint() const override {
+    struct stat status;
+    if (fstat(fileno(file_), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0) return 0;
+    return static_cast<size_t>(status.st_size);
+  }
 
  private:
   std::FILE* file_;
@@ -58,6 +65,7 @@ class TextReader final : public LineReader {
     return true;
   }
   bool Failed() const override { return false; }
+  size_t SizeHint() const override { return text_->size(); }
 
  private:
   std::shared_ptr<const std::string> text_;

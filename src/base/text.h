@@ -23,6 +23,8 @@ class LineReader {
   virtual bool Next(std::string& line) = 0;
   // True when reading stopped on an error rather than at the end (a directory, an I/O error).
   virtual bool Failed() const = 0;
+  // The text's size in bytes when known before reading it, else 0.
+  virtual size_t SizeHint() const { return 0; }
 };
 
 // Text that can be read from its start any number of times, by several readers at once.
