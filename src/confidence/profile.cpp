@@ -5,6 +5,9 @@
 
 #include <cmath>
 #include <cstring>
+#include <memory>
+
+#include "base/memory.h"
 
 namespace quarnel {
 
@@ -55,15 +58,6 @@ constexpr Hydrophobicity kHydrophobicity[] = {
 
 constexpr char kUnknownCode = 'X';
 constexpr char kGlycine = 'G';
-
-// The fields of one ATOM record that the profile uses.
-struct AtomRecord {
-  char name[3];  // the first two characters of the atom name
-  char resname[3];
-  char chain;
-  int resnum;
-  double xyz[3];
-};
 
 AtomRecord ParseAtom(const std::string& line) {
   AtomRecord atom{};
@@ -140,14 +134,6 @@ struct ProfileReading {
   }
 };
 
-// The stop rules are tested before the record type: END also ends the first model (ENDMDL),
-// and the reader leaves one line after it has passed the domain's last residue in the chain.
-bool StopsReading(const std::string& line, int lastResnum, char lastChain, char chain, int32_t ENDNUM) {
-  if (StartsWith(line, "END")) return true;
-  if (StartsWith(line, "TER") && lastChain == chain) return true;
-  return lastResnum > ENDNUM && lastChain == chain;
-}
-
 void SetDistancesFromCentre(Profile& profile) {
   double centre[3] = {0.0, 0.0, 0.0};
   for (int i = 1; i <= profile.NumOfAA; ++i)
@@ -166,22 +152,50 @@ void SetDistancesFromCentre(Profile& profile) {
 
 }  // namespace
 
+// A text of ATOM records has one for about every 81 bytes.
+constexpr size_t kTypicalRecord = 81;
+
+ProfileText ReadProfileText(const ProfileSource& source) {
+  std::unique_ptr<LineReader> reader = source.lines->Open();
+  if (reader == nullptr) ReopenFailed(source);
+  ProfileText text;
+  const size_t expected = reader->SizeHint() / kTypicalRecord;
+  text.reserve(expected);
+  PrefaultForWriting(text.data(), expected * sizeof(ProfileRecord));
+  std::string line;
+  while (reader->Next(line)) {
+    if (StartsWith(line, "END"))
+      text.push_back(ProfileRecord{ProfileRecord::kEnd, AtomRecord{}});
+    else if (StartsWith(line, "TER"))
+      text.push_back(ProfileRecord{ProfileRecord::kTer, AtomRecord{}});
+    else if (StartsWith(line, "ATOM  "))
+      text.push_back(ProfileRecord{ProfileRecord::kAtom, ParseAtom(line)});
+  }
+  if (reader->Failed()) ReopenFailed(source);
+  return text;
+}
+
 Profile ProcessPDB(const ProfileSource& source, const std::vector<DomainSegment>& segments,
                    int32_t ENDNUM, std::vector<Message>& messages) {
+  ProfileText own;
+  if (source.text == nullptr) own = ReadProfileText(source);
+  const ProfileText& text = source.text != nullptr ? *source.text : own;
+
   Profile profile;
   profile.residue.assign(static_cast<size_t>(std::max(source.chainResidues, 0)) + 1,
                          BlankProfileResidue());
-  std::unique_ptr<LineReader> reader = source.lines->Open();
-  if (reader == nullptr) ReopenFailed(source);
-
   ProfileReading reading{profile, messages};
   int lastResnum = kNoResidueSeen;
   char lastChain = ' ';
-  std::string line;
-  while (reader->Next(line)) {
-    if (StopsReading(line, lastResnum, lastChain, source.chain, ENDNUM)) break;
-    if (!StartsWith(line, "ATOM  ")) continue;
-    const AtomRecord atom = ParseAtom(line);
+  // The stop rules are tested at every record before its type, END also ending the first model
+  // (ENDMDL); the reading leaves one record after it has passed the domain's last residue in the
+  // chain.
+  for (const ProfileRecord& record : text) {
+    if (record.kind == ProfileRecord::kEnd) break;
+    if (record.kind == ProfileRecord::kTer && lastChain == source.chain) break;
+    if (lastResnum > ENDNUM && lastChain == source.chain) break;
+    if (record.kind != ProfileRecord::kAtom) continue;
+    const AtomRecord& atom = record.atom;
     lastResnum = atom.resnum;
     lastChain = atom.chain;
     if (!Isindomain(segments, atom.resnum) || atom.chain != source.chain) continue;
@@ -190,7 +204,6 @@ Profile ProcessPDB(const ProfileSource& source, const std::vector<DomainSegment>
     reading.Add(atom);
   }
   if (reading.open) reading.Complete();
-  if (reader->Failed()) ReopenFailed(source);
   if (profile.NumOfAA == 0) Fail(Status::kNoProfileResidue, Stream::kStdout, kNoResidueMessage);
   SetDistancesFromCentre(profile);
   return profile;

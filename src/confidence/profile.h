@@ -26,14 +26,37 @@ struct Profile {
   int32_t NumOfAA = 0;
 };
 
+// The fields of one ATOM record that the profile uses.
+struct AtomRecord {
+  char name[3];  // the first two characters of the atom name
+  char resname[3];
+  char chain;
+  int resnum;
+  double xyz[3];
+};
+
+// The records of a text that a profile reading looks at, in order: END and TER records (which
+// may stop it) and ATOM records; other lines change nothing in a reading.
+struct ProfileRecord {
+  enum Kind : uint8_t { kEnd, kTer, kAtom } kind;
+  AtomRecord atom;  // for kAtom
+};
+using ProfileText = std::vector<ProfileRecord>;
+
 // Where the assessment reads its profiles: the lines the structure was read from, the chain
-// the run judges, the file name its open failure gives and the chain's residue count.
+// the run judges, the file name its open failure gives and the chain's residue count. With
+// `text`, the records of those lines read once for every profile of the chain.
 struct ProfileSource {
   const LineSource* lines = nullptr;
   char chain = ' ';
   std::string name;
   int32_t chainResidues = 0;
+  const ProfileText* text = nullptr;
 };
+
+// The source's lines read as a profile reads them; fails as the reading would when they do not
+// open or cannot be read.
+ProfileText ReadProfileText(const ProfileSource& source);
 
 // The residues of the domain's segments (`ENDNUM` the largest end) in the run's chain.
 Profile ProcessPDB(const ProfileSource& source, const std::vector<DomainSegment>& segments,

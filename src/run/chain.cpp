@@ -65,9 +65,13 @@ void AssessmentLoop(const ProfileSource& source, const std::string& entry, Chain
     result.report = FormatOneDomain(entry, size);
     return;
   }
+  // Every profile of every round reads the same lines: they are read once.
+  const ProfileText text = ReadProfileText(source);
+  ProfileSource profiles = source;
+  profiles.text = &text;
   std::vector<DomainDetail> records = result.found;
   for (;;) {
-    Assessment assessment = Analyze(source, records, messages, context.workers);
+    Assessment assessment = Analyze(profiles, records, messages, context.workers);
     if (assessment.accepted) {
       result.report = FormatReport(entry, size, records);
       result.domains = std::move(records);

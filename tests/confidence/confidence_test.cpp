@@ -94,10 +94,15 @@ TEST(ProfileReader, StopRulesAndCentres) {
                          "ATOM      8  CG  LEU A   3       3.000  90.000   0.000\n"
                          "TER\n"
                          "ATOM      9  CA  GLY A   2       2.000   0.000   0.000\n");
-  // With ENDNUM 99 only the TER stops the reading, after the CG.
-  for (const auto& [endnum, centreY] : {std::pair<int32_t, double>{3, 6.0}, {99, 34.0}}) {
+  // With ENDNUM 99 only the TER stops the reading, after the CG. The records read once for
+  // every profile of a chain read as the lines do.
+  const ProfileText text = ReadProfileText(Source(lines, 'A'));
+  ProfileSource once = Source(lines, 'A');
+  once.text = &text;
+  for (const auto& [endnum, centreY] : {std::pair<int32_t, double>{3, 6.0}, {99, 34.0}})
+  for (const ProfileSource& source : {Source(lines, 'A'), once}) {
     std::vector<Message> messages;
-    const Profile profile = ProcessPDB(Source(lines, 'A'), {{2, ' ', 3, ' '}}, endnum, messages);
+    const Profile profile = ProcessPDB(source, {{2, ' ', 3, ' '}}, endnum, messages);
     ASSERT_EQ(profile.NumOfAA, 2) << endnum;
     const ProfileResidue& gly = profile.residue[1];
     const ProfileResidue& leu = profile.residue[2];
