@@ -152,14 +152,15 @@ void SetDistancesFromCentre(Profile& profile) {
 
 }  // namespace
 
-// A text of ATOM records has one for about every 81 bytes.
+// A text of ATOM records has one for about every 81 bytes, and a few TER and END records.
 constexpr size_t kTypicalRecord = 81;
+constexpr size_t kClosingRecords = 64;
 
 ProfileText ReadProfileText(const ProfileSource& source) {
   std::unique_ptr<LineReader> reader = source.lines->Open();
   if (reader == nullptr) ReopenFailed(source);
   ProfileText text;
-  const size_t expected = reader->SizeHint() / kTypicalRecord;
+  const size_t expected = reader->SizeHint() / kTypicalRecord + kClosingRecords;
   text.reserve(expected);
   PrefaultForWriting(text.data(), expected * sizeof(ProfileRecord));
   std::string line;
