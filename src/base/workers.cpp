@@ -103,10 +103,13 @@ void ForChunks(WorkerPool* pool, int count, int chunks,
     for (int chunk = 0; chunk < chunks; ++chunk) range(chunk, 0);
 }
 
+// Fewer rows than kSerialRows are one chunk, run on the calling thread: a scan of so few rows
+// takes less time than handing it to another thread and waiting for it.
 int ChunksFor(const WorkerPool* pool, int count) {
   constexpr int kChunksPerThread = 8;
   constexpr int kSmallestChunk = 16;
-  if (pool == nullptr || pool->threads() <= 1) return 1;
+  constexpr int kSerialRows = 200;
+  if (pool == nullptr || pool->threads() <= 1 || count < kSerialRows) return 1;
   const int wanted = pool->threads() * kChunksPerThread;
   const int most = (count + kSmallestChunk - 1) / kSmallestChunk;
   return wanted < most ? wanted : (most > 0 ? most : 1);

@@ -54,7 +54,7 @@ class WorkerPool {
 void ForChunks(WorkerPool* pool, int count, int chunks,
                const std::function<void(int chunk, int first, int last)>& body);
 
-// A number of chunks that keeps every thread of the pool busy.
+// A number of chunks that keeps every thread of the pool busy; 1 for a count too small to share.
 int ChunksFor(const WorkerPool* pool, int count);
 
 // Items made row by row, row(i, items) appending those of row i, over ranges of rows on the
