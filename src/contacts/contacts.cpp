@@ -92,7 +92,7 @@ void AtomContacts(const Atom* a, int na, const Atom* b, int nb, float bbWeight, 
 }  // namespace
 
 ContactMap::ContactMap(int32_t n)
-    : ca_(static_cast<size_t>(n > 0 ? n : 0), Ca{{kNoCoordinate, kNoCoordinate, kNoCoordinate}}),
+    : ca_(static_cast<size_t>(n > 0 ? n : 0), CaPoint{{kNoCoordinate, kNoCoordinate, kNoCoordinate}}),
       first_(ca_.size() + 1, 0) {}
 
 // Taking the pairs in order appends each row's partners in ascending order: those below the row
@@ -100,7 +100,7 @@ ContactMap::ContactMap(int32_t n)
 ContactMap::ContactMap(const std::vector<Residue>& residues, const std::vector<ContactPair>& pairs) {
   const size_t n = residues.size();
   ca_.resize(n);
-  for (size_t r = 0; r < n; ++r) ca_[r] = Ca{{residues[r].ca[0], residues[r].ca[1], residues[r].ca[2]}};
+  for (size_t r = 0; r < n; ++r) ca_[r] = CaPoint{{residues[r].ca[0], residues[r].ca[1], residues[r].ca[2]}};
   first_.assign(n + 1, 0);
   for (const ContactPair& pair : pairs) {
     ++first_[static_cast<size_t>(pair.i) + 1];
@@ -115,25 +115,25 @@ ContactMap::ContactMap(const std::vector<Residue>& residues, const std::vector<C
   }
 }
 
+size_t ContactMap::Find(int32_t i, int32_t j) const {
+  const ContactEntry* found = std::lower_bound(
+      begin(i), end(i), j, [](const ContactEntry& e, int32_t partner) { return e.partner < partner; });
+  return static_cast<size_t>(found - entries_.data());
+}
+
 Contact ContactMap::at(int32_t i, int32_t j) const {
   Contact cell{0, 0, dist2(i, j)};
-  const ContactEntry* last = end(i);
-  const ContactEntry* found = std::lower_bound(
-      begin(i), last, j, [](const ContactEntry& e, int32_t partner) { return e.partner < partner; });
-  if (found != last && found->partner == j) {
-    cell.weight = found->weight;
-    cell.count = found->count;
+  const size_t at = Find(i, j);
+  if (at < first_[i + 1] && entries_[at].partner == j) {
+    cell.weight = entries_[at].weight;
+    cell.count = entries_[at].count;
   }
   return cell;
 }
 
 ContactEntry& ContactMap::Slot(int32_t i, int32_t j) {
-  ContactEntry* last = entries_.data() + first_[i + 1];
-  ContactEntry* found = std::lower_bound(
-      entries_.data() + first_[i], last, j,
-      [](const ContactEntry& e, int32_t partner) { return e.partner < partner; });
-  if (found != last && found->partner == j) return *found;
-  const size_t at = static_cast<size_t>(found - entries_.data());
+  const size_t at = Find(i, j);
+  if (at < first_[i + 1] && entries_[at].partner == j) return entries_[at];
   entries_.insert(entries_.begin() + static_cast<std::ptrdiff_t>(at), ContactEntry{j, 0, 0});
   for (size_t r = static_cast<size_t>(i) + 1; r < first_.size(); ++r) ++first_[r];
   return entries_[at];

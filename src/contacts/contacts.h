@@ -47,6 +47,10 @@ inline float Distance2(double x1, double y1, double z1, double x2, double y2, do
   return dx * dx + dy * dy + dz * dz;
 }
 
+struct CaPoint {
+  double xyz[3];
+};
+
 // The reader leaves 999.9 in a CA coordinate that was never read.
 constexpr double kMissingCaX = 998.9;
 
@@ -73,7 +77,7 @@ class ContactMap {
   int32_t size() const { return static_cast<int32_t>(ca_.size()); }
   // 0 from a residue to itself.
   float dist2(int32_t i, int32_t j) const { return i == j ? 0.0f : CaDistance2(ca_[i].xyz, ca_[j].xyz); }
-  const double* ca(int32_t i) const { return ca_[i].xyz; }
+  const CaPoint& ca(int32_t i) const { return ca_[i]; }
   Contact at(int32_t i, int32_t j) const;
   const ContactEntry* begin(int32_t i) const { return entries_.data() + first_[i]; }
   const ContactEntry* end(int32_t i) const { return entries_.data() + first_[i + 1]; }
@@ -83,12 +87,11 @@ class ContactMap {
   void SetContact(int32_t i, int32_t j, int32_t weight, int32_t count);
 
  private:
-  struct Ca {
-    double xyz[3];
-  };
+  // Where partner j is, or would go, in row i.
+  size_t Find(int32_t i, int32_t j) const;
   ContactEntry& Slot(int32_t i, int32_t j);
 
-  std::vector<Ca> ca_;
+  std::vector<CaPoint> ca_;
   std::vector<size_t> first_{0};  // row i is entries_[first_[i] .. first_[i + 1])
   std::vector<ContactEntry> entries_;
 };

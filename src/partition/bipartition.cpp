@@ -12,20 +12,6 @@ namespace quarnel {
 
 namespace {
 
-constexpr int32_t kMergedCode = 100;  // a saved label of a residue relabelled by merging
-
-int32_t LabelCode(const Residue& r) { return r.part + (r.merged > 0 ? kMergedCode : 0); }
-
-void RestoreLabel(Residue& r, int32_t code) {
-  if (code >= kMergedCode) {
-    r.part = code - kMergedCode;
-    r.merged = 1;
-  } else {
-    r.part = code;
-    r.merged = 0;
-  }
-}
-
 void MarkComponent(const ComponentGraph& graph, std::vector<FlowNode>& nodes, int32_t component) {
   const MappingRange& range = graph.ranges[component];
   for (int32_t m = range.first; m <= range.last; ++m) nodes[graph.mapping[m].node].label = 1;
@@ -101,6 +87,13 @@ float ListBiPartitions(const Params& params, const CutJudge& judge, Residue* sli
 }
 
 }  // namespace
+
+int32_t LabelCode(const Residue& r) { return r.part + (r.merged > 0 ? kMergedCode : 0); }
+
+void RestoreLabel(Residue& r, int32_t code) {
+  r.part = code >= kMergedCode ? code - kMergedCode : code;
+  r.merged = code >= kMergedCode ? 1 : 0;
+}
 
 float GenerateAllBiPartition(const Params& params, const CutJudge& judge, FlowNetwork& network,
                              Residue* slice, CutScores* scores) {

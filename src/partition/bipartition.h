@@ -54,6 +54,11 @@ class CutJudge {
   std::vector<LevelPair> pairs_;
 };
 
+// A residue's label as one number: its part, plus kMergedCode when merging relabelled it.
+constexpr int32_t kMergedCode = 100;
+int32_t LabelCode(const Residue& r);
+void RestoreLabel(Residue& r, int32_t code);
+
 // The judgement of one candidate on its own (the level prepared for it alone).
 float GoodDomainCut(const Params& params, const ContactMap& contacts, Residue* slice, int split,
                     int n, CutScores* scores);

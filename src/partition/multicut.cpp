@@ -26,7 +26,6 @@ constexpr int kSplitMargin = 35;              // residues on each side of a test
 constexpr float kNoSplitYet = 1000000.0f;
 constexpr int32_t kMaxFlowToJudge = 1999999;  // more means shared anchor residues
 constexpr double kFiveDegrees = 0.08726646111111111;  // 5 x 3.1415926 / 180
-constexpr int32_t kMergedCode = 100;
 
 struct Sample {
   int32_t source;
@@ -291,7 +290,7 @@ void EvaluateSample(const LevelData& data, int index, const Sample& sample, Flow
   const float score = GenerateAllBiPartition(params, data.judge, network, slice, &scores);
   if (score < worker.bestScore) {
     worker.labels.resize(static_cast<size_t>(n));
-    for (int i = 0; i < n; ++i) worker.labels[i] = slice[i].part + (slice[i].merged > 0 ? kMergedCode : 0);
+    for (int i = 0; i < n; ++i) worker.labels[i] = LabelCode(slice[i]);
     worker.labels.swap(worker.bestLabels);
     worker.bestSample = index;
     worker.bestScore = score;
@@ -342,8 +341,7 @@ LevelMatrix::LevelMatrix(const ContactMap& contacts, const Residue* slice, int n
     const int32_t i = slice[r].index;
     index_.push_back(i);
     position_[i] = r;
-    const double* ca = contacts.ca(i);
-    ca_.push_back(Ca{{ca[0], ca[1], ca[2]}});
+    ca_.push_back(contacts.ca(i));
   }
 }
 
@@ -422,11 +420,7 @@ int MultiCut(const Engine& engine, Residue* slice, const LevelMatrix& level, int
 
   *scores = best->bestScores;
   SortByIndex(slice, n);
-  for (int i = 0; i < n; ++i) {
-    const int32_t label = best->bestLabels[i];
-    slice[i].part = label >= kMergedCode ? label - kMergedCode : label;
-    slice[i].merged = label >= kMergedCode ? 1 : 0;
-  }
+  for (int i = 0; i < n; ++i) RestoreLabel(slice[i], best->bestLabels[i]);
   SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare2);
   *split = 0;
   for (int i = 1; i < n; ++i) {

@@ -31,13 +31,10 @@ class LevelMatrix {
 
  private:
   static constexpr int32_t kNotInLevel = -1;
-  struct Ca {
-    double xyz[3];
-  };
   const ContactMap& contacts_;
   std::vector<int32_t> index_;
   std::vector<int32_t> position_;  // chain index -> level position, or kNotInLevel
-  std::vector<Ca> ca_;             // by position, kept together for the distance scans
+  std::vector<CaPoint> ca_;        // by position, kept together for the distance scans
 };
 
 struct DistanceEntry {
