@@ -11,6 +11,10 @@ namespace quarnel {
 
 class Rand48 {
  public:
+  Rand48() = default;
+  // A stream of its own, as seed48 with these three words (low word first) would start it.
+  Rand48(unsigned short low, unsigned short middle, unsigned short high) : state_{low, middle, high} {}
+
   // A uniform value in [0, 1), equal draw for draw to drand48() in a fresh process.
   double Next() { return erand48(state_); }
 

@@ -99,13 +99,16 @@ ProfileFeatures GetProfileData(const ProfileSource& source, const DomainDetail& 
   for (const DomainSegment& segment : Domdata)
     if (segment.end > ENDNUM) ENDNUM = segment.end;
 
-  const Profile profile = ProcessPDB(source, Domdata, ENDNUM, messages);
+  return FeaturesOfProfile(ProcessPDB(source, Domdata, ENDNUM, messages), record.nseg);
+}
+
+ProfileFeatures FeaturesOfProfile(const Profile& profile, int32_t fragments) {
   HydroStats stats;
   TotalHydro(profile, stats);
   NormalizeH(profile, stats);
   NormalizeD(profile, stats);
   const std::vector<TabRow> Tabdata = CalculateH(profile, stats);
-  return Processtab(Tabdata, profile.NumOfAA, record.nseg, stats.OUTcount);
+  return Processtab(Tabdata, profile.NumOfAA, fragments, stats.OUTcount);
 }
 
 void TotalHydro(const Profile& profile, HydroStats& stats) {

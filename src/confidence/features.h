@@ -38,6 +38,9 @@ struct HydroStats {
 ProfileFeatures GetProfileData(const ProfileSource& source, const DomainDetail& record,
                                std::vector<Message>& messages);
 
+// The six features of a profile read by any means; `fragments` is the domain's segment count.
+ProfileFeatures FeaturesOfProfile(const Profile& profile, int32_t fragments);
+
 void TotalHydro(const Profile& profile, HydroStats& stats);
 void NormalizeH(const Profile& profile, HydroStats& stats);
 void NormalizeD(const Profile& profile, HydroStats& stats);

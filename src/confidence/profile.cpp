@@ -210,6 +210,32 @@ Profile ProcessPDB(const ProfileSource& source, const std::vector<DomainSegment>
   return profile;
 }
 
+Profile ProfileOfResidues(const Structure& structure, const std::vector<int32_t>& members,
+                          std::vector<Message>& messages) {
+  Profile profile;
+  profile.residue.assign(members.size() + 1, BlankProfileResidue());
+  ProfileReading reading{profile, messages};
+  for (int32_t index : members) {
+    const Residue& residue = structure.residues[static_cast<size_t>(index)];
+    const Atom* atoms = structure.AtomsOf(residue);
+    AtomRecord atom{};
+    std::memcpy(atom.resname, residue.resname, sizeof(atom.resname));
+    atom.chain = residue.chain;
+    atom.resnum = residue.resnum;
+    reading.Start(atom);
+    for (int a = 0; a < residue.natoms; ++a) {
+      std::strncpy(atom.name, atoms[a].name, sizeof(atom.name) - 1);
+      atom.xyz[0] = atoms[a].x;
+      atom.xyz[1] = atoms[a].y;
+      atom.xyz[2] = atoms[a].z;
+      reading.Add(atom);
+    }
+  }
+  if (reading.open) reading.Complete();
+  if (profile.NumOfAA > 0) SetDistancesFromCentre(profile);
+  return profile;
+}
+
 int Isindomain(const std::vector<DomainSegment>& segments, int resnum) {
   for (const DomainSegment& segment : segments) {
     if (segment.start <= resnum && resnum <= segment.end) return 1;

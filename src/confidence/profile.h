@@ -8,6 +8,7 @@
 #include "base/status.h"
 #include "base/text.h"
 #include "output/domains.h"
+#include "structure/protein.h"
 
 namespace quarnel {
 
@@ -61,6 +62,12 @@ ProfileText ReadProfileText(const ProfileSource& source);
 // The residues of the domain's segments (`ENDNUM` the largest end) in the run's chain.
 Profile ProcessPDB(const ProfileSource& source, const std::vector<DomainSegment>& segments,
                    int32_t ENDNUM, std::vector<Message>& messages);
+
+// The profile of residues already read (chain indices, in chain order), from their stored atoms
+// rather than by reading the text again: each residue keeps its own CA and side-chain atoms,
+// insertion codes apart. Residues without a CA keep (0, 0, 0).
+Profile ProfileOfResidues(const Structure& structure, const std::vector<int32_t>& members,
+                          std::vector<Message>& messages);
 
 int Isindomain(const std::vector<DomainSegment>& segments, int resnum);
 char res_convert(const char name[3]);

@@ -271,7 +271,7 @@ struct LevelData {
 
 // One sample's flow problem and its best candidate cut, on the worker's copy of the slice.
 void EvaluateSample(const LevelData& data, int index, const Sample& sample, FlowScratch& scratch,
-                    WorkerOutcome& worker) {
+                    WorkerOutcome& worker, SampleCut* kept) {
   const Params& params = data.params;
   const int n = data.level.size();
   std::vector<DistanceEntry> nearSource = SortedByDistance(data.level, sample.source);
@@ -288,6 +288,11 @@ void EvaluateSample(const LevelData& data, int index, const Sample& sample, Flow
   Residue* slice = worker.current.data();
   CutScores scores = kRejectedCutScores;
   const float score = GenerateAllBiPartition(params, data.judge, network, slice, &scores);
+  if (kept != nullptr && score < kRejectedScore) {
+    kept->score = score;
+    kept->part.resize(static_cast<size_t>(n));
+    for (int i = 0; i < n; ++i) kept->part[static_cast<size_t>(i)] = static_cast<uint8_t>(slice[i].part);
+  }
   if (score < worker.bestScore) {
     worker.labels.resize(static_cast<size_t>(n));
     for (int i = 0; i < n; ++i) worker.labels[i] = LabelCode(slice[i]);
@@ -305,18 +310,21 @@ void EvaluateSample(const LevelData& data, int index, const Sample& sample, Flow
 std::vector<WorkerOutcome> EvaluateSamples(const Engine& engine, const LevelData& data,
                                            const std::vector<Sample>& samples,
                                            const Residue* slice,
-                                           std::vector<std::exception_ptr>& failures) {
+                                           std::vector<std::exception_ptr>& failures,
+                                           std::vector<SampleCut>* sampleCuts) {
   RunContext& context = engine.context;
   const int threads = context.workers != nullptr ? context.workers->threads() : 1;
   if (context.flow.size() < static_cast<size_t>(threads)) context.flow.resize(static_cast<size_t>(threads));
   const int n = data.level.size();
   std::vector<WorkerOutcome> workers(static_cast<size_t>(threads));
   failures.assign(samples.size(), nullptr);
+  if (sampleCuts != nullptr) sampleCuts->assign(samples.size(), SampleCut());
   auto body = [&](int s, int w) {
     WorkerOutcome& worker = workers[w];
     try {
       worker.current.assign(slice, slice + n);
-      EvaluateSample(data, s, samples[s], context.flow[w], worker);
+      EvaluateSample(data, s, samples[s], context.flow[w], worker,
+                     sampleCuts != nullptr ? &(*sampleCuts)[static_cast<size_t>(s)] : nullptr);
     } catch (const Failure&) {
       failures[s] = std::current_exception();
     } catch (const std::bad_alloc&) {
@@ -387,7 +395,7 @@ std::vector<PointPair> SelectNewPoints(const Point3f* coords, int n, Point3f a, 
 }
 
 int MultiCut(const Engine& engine, Residue* slice, const LevelMatrix& level, int* split,
-             CutScores* scores) {
+             CutScores* scores, std::vector<SampleCut>* sampleCuts) {
   const int n = level.size();
   std::vector<Sample> samples;
   if (!BuildSamples(engine, slice, level, samples)) return 0;
@@ -396,7 +404,7 @@ int MultiCut(const Engine& engine, Residue* slice, const LevelMatrix& level, int
   const LevelData data{engine.params, level, BuildLevelArcs(WeightedPairs(workers, level), n),
                        CutJudge(engine.params, engine.contacts, slice, n, workers)};
   std::vector<std::exception_ptr> failures;
-  const std::vector<WorkerOutcome> outcomes = EvaluateSamples(engine, data, samples, slice, failures);
+  const std::vector<WorkerOutcome> outcomes = EvaluateSamples(engine, data, samples, slice, failures, sampleCuts);
 
   // A failure ends the search where one thread taking the samples in order would stop; else
   // only the earliest strictly lowest sample wins.

@@ -51,13 +51,21 @@ struct PointPair {
   float distance;
 };
 
+// The best candidate cut of one sample, for callers that weigh the samples' cuts against each
+// other: its score (kRejectedScore when the sample had none) and each position's side.
+struct SampleCut {
+  float score = kRejectedScore;
+  std::vector<uint8_t> part;  // by slice position in index order; empty without a cut
+};
+
 int compare1(const void* a, const void* b);
 int comparepair(const void* a, const void* b);
 
 // Returns 1 and fills split and scores when the level has an acceptable cut, else 0. On 1 the
 // slice holds the first side (part 0) before the split position and the second after it.
+// With `sampleCuts`, every sample's best cut is kept there as well, in sample order.
 int MultiCut(const Engine& engine, Residue* slice, const LevelMatrix& level, int* split,
-             CutScores* scores);
+             CutScores* scores, std::vector<SampleCut>* sampleCuts = nullptr);
 
 // The pairs of positions whose segment is nearly perpendicular to the segment a-b and longer
 // than half of it, longest first.

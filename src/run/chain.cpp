@@ -2,6 +2,7 @@
 // records, then the report (relaxed runs) or the assessment loop.
 #include "run/chain.h"
 
+#include <algorithm>
 #include <cctype>
 
 #include "confidence/assessment.h"
@@ -94,6 +95,46 @@ void AssessmentLoop(const ProfileSource& source, const std::string& entry, Chain
   }
 }
 
+// The residues [first, last) alone, numbered from 0, with their atoms.
+Structure Piece(const Structure& structure, int32_t first, int32_t last) {
+  Structure piece;
+  const Residue& start = structure.residues[static_cast<size_t>(first)];
+  const Residue& end = structure.residues[static_cast<size_t>(last - 1)];
+  piece.atoms.assign(structure.atoms.begin() + start.firstAtom,
+                     structure.atoms.begin() + end.firstAtom + end.natoms);
+  for (int32_t i = first; i < last; ++i) {
+    Residue residue = structure.residues[static_cast<size_t>(i)];
+    residue.index = i - first;
+    residue.firstAtom -= start.firstAtom;
+    piece.residues.push_back(residue);
+  }
+  return piece;
+}
+
+// Pieces overlap by this many residues on each side, so that every residue's secondary structure
+// is found with its neighbours in the chain around it.
+constexpr int32_t kPieceOverlap = 100;
+
+SecondaryStructure PiecewiseSecondaryStructure(const Structure& structure, SecondaryStructureSource& source,
+                                               int32_t length, std::vector<Message>& messages) {
+  const int32_t n = structure.size();
+  SecondaryStructure whole = DefaultSecondaryStructure(n);
+  for (int32_t first = 0; first < n; first += length) {
+    const int32_t last = std::min(n, first + length);
+    const int32_t from = std::max(0, first - kPieceOverlap);
+    const int32_t to = std::min(n, last + kPieceOverlap);
+    const Structure piece = Piece(structure, from, to);
+    const SecondaryStructure table = ReadDsspTable(*source.DsspOutput(piece, messages), piece.residues);
+    for (int32_t i = first; i < last; ++i) {
+      const size_t k = static_cast<size_t>(i - from);
+      whole.ss[static_cast<size_t>(i)] = table.ss[k];
+      whole.bridge1[static_cast<size_t>(i)] = table.bridge1[k] == kNoPartner ? kNoPartner : table.bridge1[k] + from;
+      whole.bridge2[static_cast<size_t>(i)] = table.bridge2[k] == kNoPartner ? kNoPartner : table.bridge2[k] + from;
+    }
+  }
+  return whole;
+}
+
 }  // namespace
 
 const char* VerdictName(Verdict verdict) {
@@ -104,25 +145,50 @@ const char* VerdictName(Verdict verdict) {
     case Verdict::kAcceptedFirst: return "accepted at first";
     case Verdict::kAcceptedAfterMerging: return "accepted after merging";
     case Verdict::kRejected: return "rejected";
+    case Verdict::kModel: return "model";
   }
   return "";
 }
 
-ChainResult RunChain(const ChainInput& input, const Params& params,
-                     SecondaryStructureSource* secondary, RunContext& context) {
+const char* DecisionModeName(DecisionMode mode) {
+  return mode == DecisionMode::kCath ? "cath" : "classic";
+}
+
+bool ParseDecisionMode(const std::string& name, DecisionMode& mode) {
+  if (name == "classic") mode = DecisionMode::kClassic;
+  else if (name == "cath") mode = DecisionMode::kCath;
+  else return false;
+  return true;
+}
+
+void ReadChain(const ChainInput& input, const Params& params, SecondaryStructureSource* secondary,
+               RunContext& context, ChainResult& result, int32_t dsspPiece) {
   context.Begin(params);
-  ChainResult result;
   result.structure = ReadStructure(*input.lines);
   Structure& structure = result.structure;
   result.chain = JudgedChain(input, structure);
-
   result.contacts = CalcContacts(structure, params, context.workers);
   SetSecondaryStructureDefaults(structure.residues);
   if (params.FlagSS == 1 && secondary != nullptr) {
-    std::unique_ptr<LineSource> dssp = secondary->DsspOutput(structure, context.messages);
-    const SecondaryStructure table = ReadDsspTable(*dssp, structure.residues);
+    const SecondaryStructure table =
+        dsspPiece > 0 && structure.size() > 2 * dsspPiece
+            ? PiecewiseSecondaryStructure(structure, *secondary, dsspPiece, context.messages)
+            : ReadDsspTable(*secondary->DsspOutput(structure, context.messages), structure.residues);
     ApplySecondaryStructure(table, structure.residues, result.contacts);
   }
+}
+
+ChainResult RunChainIn(DecisionMode mode, const ChainInput& input, const Params& params,
+                       SecondaryStructureSource* secondary, RunContext& context) {
+  return mode == DecisionMode::kCath ? RunChainCath(input, params, secondary, context)
+                                     : RunChain(input, params, secondary, context);
+}
+
+ChainResult RunChain(const ChainInput& input, const Params& params,
+                     SecondaryStructureSource* secondary, RunContext& context) {
+  ChainResult result;
+  ReadChain(input, params, secondary, context, result);
+  Structure& structure = result.structure;
 
   const Engine engine{params, result.contacts, context};
   DomainParition(engine, result.partition, structure.residues.data(), structure.size());

@@ -1,0 +1,51 @@
+// The candidate cuts of the accuracy mode: the chain divided again and again by the same flow
+// search as the classic partition, with loose criteria, down to parts too small to divide, so
+// that the true domain boundaries are among the cuts. Which cuts stand is for a model to say.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "base/params.h"
+#include "contacts/contacts.h"
+#include "partition/context.h"
+#include "partition/partition.h"
+#include "structure/protein.h"
+
+namespace quarnel {
+
+constexpr int kNoNode = -1;
+
+// One part of the chain, and the best cut the search found for it.
+struct CandidateNode {
+  std::vector<int32_t> residues;  // chain indices, ascending
+  int parent = kNoNode;
+  int depth = 0;
+  bool hasCut = false;                   // the search found an acceptable cut
+  bool bySequence = false;               // a long part divided where the chain's contacts are fewest
+  int children[2] = {kNoNode, kNoNode};  // the cut's first side (part 0), then its second
+  CutScores scores = kRejectedCutScores;
+  float score = kRejectedScore;          // the loose criteria's score of the cut, lower being better
+  // How the samples of the search agree: a true boundary is found from many anchors.
+  int samples = 0;                       // samples that judged candidates
+  int acceptable = 0;                    // samples that found an acceptable cut
+  float agreement = 0.0f;                // mean share of residues each such cut sides as the best does
+  float agreeing = 0.0f;                 // share of such cuts that side 90% of residues as the best
+  float rivalScore = kRejectedScore;     // the best score of a cut unlike the best one
+};
+
+// The criteria of the candidate search, loosened from the run's own.
+Params CandidateParams(const Params& params);
+
+// Parts longer than this are divided by sequence before any flow search: the search's scans
+// grow with the square of a part's length, sequence cuts with its length.
+constexpr int32_t kLongestSearchedPart = 1200;
+
+// Divides the chain (residues in index order, secondary structure applied) from the whole chain
+// down. Every node's search draws from a random stream of its own, seeded by the node's
+// residues, so a node's cut depends on nothing but its residues. Node 0 is the whole chain;
+// children come after their parent.
+std::vector<CandidateNode> SearchCandidates(const Structure& structure, const ContactMap& contacts,
+                                            const Params& loose, RunContext& context);
+
+}  // namespace quarnel
