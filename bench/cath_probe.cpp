@@ -122,13 +122,20 @@ std::string ProbeChain(const DsspLibrary& library, const Params& params, const P
     const CandidateNode& node = nodes[k];
     if (k > 0) out += ",";
     out += Format("{\"parent\":%d,\"depth\":%d,\"cut\":%s,\"children\":[%d,%d],\"residues\":",
-                  node.parent, node.depth, node.hasCut ? "true" : "false", node.children[0],
+                  node.parent, node.depth, node.hasCut() ? "true" : "false", node.children[0],
                   node.children[1]);
     out += Ranges(node.residues);
-    if (node.hasCut) {
-      const CutFeatures f = FeaturesOfCut(view, nodes, static_cast<int>(k));
+    if (node.hasCut()) {
+      const CutFeatures f = FeaturesOfCut(view, node, node.cuts[0]);
       out += ",\"features\":[";
       for (size_t j = 0; j < f.size(); ++j) out += (j > 0 ? "," : "") + Format("%.9g", f[j]);
+      out += "],\"alternatives\":[";
+      for (size_t c = 0; c < node.cuts.size(); ++c) {
+        const CutFeatures g = FeaturesOfCut(view, node, node.cuts[c]);
+        out += std::string(c > 0 ? "," : "") + "{\"side\":" + Ranges(node.cuts[c].sides[0]) + ",\"features\":[";
+        for (size_t j = 0; j < g.size(); ++j) out += (j > 0 ? "," : "") + Format("%.9g", g[j]);
+        out += "]}";
+      }
       out += "]";
     }
     out += "}";

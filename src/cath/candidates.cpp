@@ -46,38 +46,61 @@ std::vector<Residue> SliceOf(const Structure& structure, const std::vector<int32
   return slice;
 }
 
-// The samples' cuts weighed against the best one: how many found a cut, how alike their cuts
-// are to it, and the best score of a cut unlike it. `best` sides the node's residues in index
-// order.
-void WeighSamples(CandidateNode& node, const std::vector<SampleCut>& cuts, const std::vector<uint8_t>& best) {
-  const size_t n = best.size();
-  node.samples = static_cast<int>(cuts.size());
+// Share of residues two cuts side the same way, either way round.
+double Alike(const std::vector<uint8_t>& a, const std::vector<uint8_t>& b) {
+  size_t same = 0;
+  for (size_t i = 0; i < a.size(); ++i) same += a[i] == b[i] ? 1 : 0;
+  return static_cast<double>(std::max(same, a.size() - same)) / static_cast<double>(a.size());
+}
+
+// How the samples' cuts agree with one of them.
+void WeighSamples(CandidateCut& cut, const std::vector<SampleCut>& samples, const std::vector<uint8_t>& part) {
+  cut.samples = static_cast<int>(samples.size());
   double sum = 0.0;
   int alike = 0;
-  for (const SampleCut& cut : cuts) {
-    if (cut.part.size() != n) continue;
-    ++node.acceptable;
-    size_t same = 0;
-    for (size_t i = 0; i < n; ++i) same += cut.part[i] == best[i] ? 1 : 0;
-    const double share = static_cast<double>(std::max(same, n - same)) / static_cast<double>(n);
+  for (const SampleCut& sample : samples) {
+    if (sample.part.size() != part.size()) continue;
+    ++cut.acceptable;
+    const double share = Alike(sample.part, part);
     sum += share;
     if (share >= kAlike)
       ++alike;
     else
-      node.rivalScore = std::min(node.rivalScore, cut.score);
+      cut.rivalScore = std::min(cut.rivalScore, sample.score);
   }
-  if (node.acceptable > 0) {
-    node.agreement = static_cast<float>(sum / node.acceptable);
-    node.agreeing = static_cast<float>(alike) / static_cast<float>(node.acceptable);
+  if (cut.acceptable > 0) {
+    cut.agreement = static_cast<float>(sum / cut.acceptable);
+    cut.agreeing = static_cast<float>(alike) / static_cast<float>(cut.acceptable);
   }
 }
 
-// The sides of a cut whose slice holds the first side before `split`.
-void SidesOf(const std::vector<Residue>& slice, int split, std::vector<int32_t> sides[2]) {
-  for (size_t i = 0; i < slice.size(); ++i)
-    sides[static_cast<int>(i) < split ? 0 : 1].push_back(slice[i].index);
-  std::sort(sides[0].begin(), sides[0].end());
-  std::sort(sides[1].begin(), sides[1].end());
+// The distinct cuts of the samples, best score first (the earlier sample on ties, which puts the
+// search's own choice first): a cut is kept when it sides the residues unlike every cut kept
+// before it.
+std::vector<CandidateCut> DistinctCuts(const std::vector<int32_t>& members, const std::vector<SampleCut>& samples) {
+  std::vector<size_t> order;
+  for (size_t s = 0; s < samples.size(); ++s)
+    if (samples[s].part.size() == members.size()) order.push_back(s);
+  std::stable_sort(order.begin(), order.end(),
+                   [&](size_t a, size_t b) { return samples[a].score < samples[b].score; });
+  std::vector<CandidateCut> cuts;
+  std::vector<const std::vector<uint8_t>*> kept;
+  for (size_t s : order) {
+    const std::vector<uint8_t>& part = samples[s].part;
+    bool unlike = true;
+    for (const std::vector<uint8_t>* other : kept) unlike = unlike && Alike(part, *other) < kAlike;
+    if (!unlike) continue;
+    CandidateCut cut;
+    for (size_t i = 0; i < members.size(); ++i) cut.sides[part[i] == 0 ? 0 : 1].push_back(members[i]);
+    if (cut.sides[0].empty() || cut.sides[1].empty()) continue;
+    cut.scores = samples[s].scores;
+    cut.score = samples[s].score;
+    WeighSamples(cut, samples, part);
+    cuts.push_back(std::move(cut));
+    kept.push_back(&part);
+    if (cuts.size() == kCutsKept) break;
+  }
+  return cuts;
 }
 
 struct Search {
@@ -98,8 +121,8 @@ struct Search {
     return static_cast<int>(nodes.size()) - 1;
   }
 
-  // The node's best cut by the flow search, if any.
-  bool FlowCut(int id, std::vector<int32_t> sides[2]) {
+  // The node's distinct cuts by the flow search, best first; none when it has none.
+  std::vector<CandidateCut> FlowCuts(int id) {
     const std::vector<int32_t>& members = node(id).residues;
     const int n = static_cast<int>(members.size());
     std::vector<Residue> slice = SliceOf(structure, members);
@@ -108,30 +131,19 @@ struct Search {
     const Engine engine{params, contacts, context};
     int split = 0;
     CutScores scores = kRejectedCutScores;
-    std::vector<SampleCut> cuts;
+    std::vector<SampleCut> samples;
     int found = 0;
     {
       const LevelMatrix level(contacts, slice.data(), n);
-      found = MultiCut(engine, slice.data(), level, &split, &scores, &cuts);
+      found = MultiCut(engine, slice.data(), level, &split, &scores, &samples);
     }
-    if (!found) return false;
-    // The slice holds the first side, then the second: the score of the winning cut again.
-    CutScores again = scores;
-    const float score = GoodDomainCut(params, contacts, slice.data(), split, n, &again);
-    SidesOf(slice, split, sides);
-    std::vector<uint8_t> best(members.size(), 0);
-    for (int32_t index : sides[1])
-      best[static_cast<size_t>(std::lower_bound(members.begin(), members.end(), index) - members.begin())] = 1;
-    CandidateNode& divided = node(id);
-    divided.scores = scores;
-    divided.score = score;
-    WeighSamples(divided, cuts, best);
-    return true;
+    if (!found) return {};
+    return DistinctCuts(members, samples);
   }
 
   // A long node is cut where the weight of contacts across a sequence split, per pair of
   // residues across, is least, the split kept in the middle half so that the parts shrink fast.
-  void SequenceCut(int id, std::vector<int32_t> sides[2]) {
+  CandidateCut SequenceCut(int id) {
     const std::vector<int32_t>& members = node(id).residues;
     const int n = static_cast<int>(members.size());
     // Weight added to the cut at k by each contact (a, b), a < b: it counts for a < k <= b.
@@ -161,23 +173,28 @@ struct Search {
     }
     std::vector<Residue> slice = SliceOf(structure, members);
     for (int a = best; a < n; ++a) slice[static_cast<size_t>(a)].part = 1;
-    CandidateNode& divided = node(id);
-    divided.bySequence = true;
-    divided.score = GoodDomainCut(params, contacts, slice.data(), best, n, &divided.scores);
-    SidesOf(slice, best, sides);
+    CandidateCut cut;
+    cut.bySequence = true;
+    cut.score = GoodDomainCut(params, contacts, slice.data(), best, n, &cut.scores);
+    cut.sides[0].assign(members.begin(), members.begin() + best);
+    cut.sides[1].assign(members.begin() + best, members.end());
+    return cut;
   }
 
   void Divide(int id) {
     const int n = static_cast<int>(node(id).residues.size());
     if (n < 2 * params.MinDomainSize || n < params.NumExtremes) return;
-    std::vector<int32_t> sides[2];
+    std::vector<CandidateCut> cuts;
     if (n > kLongestSearchedPart)
-      SequenceCut(id, sides);
-    else if (!FlowCut(id, sides))
-      return;
-    node(id).hasCut = true;
-    const int first = AddNode(std::move(sides[0]), id);
-    const int second = AddNode(std::move(sides[1]), id);
+      cuts.push_back(SequenceCut(id));
+    else
+      cuts = FlowCuts(id);
+    if (cuts.empty()) return;
+    node(id).cuts = std::move(cuts);
+    std::vector<int32_t> firstSide = node(id).cuts[0].sides[0];
+    std::vector<int32_t> secondSide = node(id).cuts[0].sides[1];
+    const int first = AddNode(std::move(firstSide), id);
+    const int second = AddNode(std::move(secondSide), id);
     node(id).children[0] = first;
     node(id).children[1] = second;
     Divide(first);

@@ -16,22 +16,29 @@ namespace quarnel {
 
 constexpr int kNoNode = -1;
 
-// One part of the chain, and the best cut the search found for it.
+// One way of dividing a part, and how the samples of the search agree with it: a true boundary
+// is found from many anchors.
+struct CandidateCut {
+  std::vector<int32_t> sides[2];      // chain indices, ascending
+  CutScores scores = kRejectedCutScores;
+  float score = kRejectedScore;       // the loose criteria's score, lower being better
+  bool bySequence = false;            // a long part divided where the chain's contacts are fewest
+  int samples = 0;                    // samples that judged candidates
+  int acceptable = 0;                 // samples that found an acceptable cut
+  float agreement = 0.0f;             // mean share of residues each such cut sides as this one does
+  float agreeing = 0.0f;              // share of such cuts that side 90% of residues as this one
+  float rivalScore = kRejectedScore;  // the best score of a sample's cut unlike this one
+};
+
+// One part of the chain.
 struct CandidateNode {
   std::vector<int32_t> residues;  // chain indices, ascending
   int parent = kNoNode;
   int depth = 0;
-  bool hasCut = false;                   // the search found an acceptable cut
-  bool bySequence = false;               // a long part divided where the chain's contacts are fewest
-  int children[2] = {kNoNode, kNoNode};  // the cut's first side (part 0), then its second
-  CutScores scores = kRejectedCutScores;
-  float score = kRejectedScore;          // the loose criteria's score of the cut, lower being better
-  // How the samples of the search agree: a true boundary is found from many anchors.
-  int samples = 0;                       // samples that judged candidates
-  int acceptable = 0;                    // samples that found an acceptable cut
-  float agreement = 0.0f;                // mean share of residues each such cut sides as the best does
-  float agreeing = 0.0f;                 // share of such cuts that side 90% of residues as the best
-  float rivalScore = kRejectedScore;     // the best score of a cut unlike the best one
+  std::vector<CandidateCut> cuts;        // distinct cuts the search found, best score first
+  int children[2] = {kNoNode, kNoNode};  // the sides of cuts[0]; the part is searched no further
+                                         // than that cut
+  bool hasCut() const { return !cuts.empty(); }
 };
 
 // The criteria of the candidate search, loosened from the run's own.
@@ -41,10 +48,14 @@ Params CandidateParams(const Params& params);
 // grow with the square of a part's length, sequence cuts with its length.
 constexpr int32_t kLongestSearchedPart = 1200;
 
+// At most this many distinct cuts are kept of a part: the model decides on the best one alone
+// (weighing the others as well gave no better calls on the training chains).
+constexpr size_t kCutsKept = 1;
+
 // Divides the chain (residues in index order, secondary structure applied) from the whole chain
-// down. Every node's search draws from a random stream of its own, seeded by the node's
-// residues, so a node's cut depends on nothing but its residues. Node 0 is the whole chain;
-// children come after their parent.
+// down, each part by its best cut. Every node's search draws from a random stream of its own,
+// seeded by the node's residues, so a node's cuts depend on nothing but its residues. Node 0 is
+// the whole chain; children come after their parent.
 std::vector<CandidateNode> SearchCandidates(const Structure& structure, const ContactMap& contacts,
                                             const Params& loose, RunContext& context);
 

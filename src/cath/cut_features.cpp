@@ -255,13 +255,12 @@ ChainView::ChainView(const Structure& structure_, const ContactMap& contacts_, c
   bBurial = varB > 0.0 && varC > 0.0 ? cov / std::sqrt(varB * varC) : 0.0;
 }
 
-CutFeatures FeaturesOfCut(const ChainView& chain, const std::vector<CandidateNode>& nodes, int id) {
+CutFeatures FeaturesOfCut(const ChainView& chain, const CandidateNode& node, const CandidateCut& cut) {
   const Structure& structure = chain.structure;
   const ContactMap& contacts = chain.contacts;
   const Params& params = chain.params;
-  const CandidateNode& node = nodes[static_cast<size_t>(id)];
-  const std::vector<int32_t>& a = nodes[static_cast<size_t>(node.children[0])].residues;
-  const std::vector<int32_t>& b = nodes[static_cast<size_t>(node.children[1])].residues;
+  const std::vector<int32_t>& a = cut.sides[0];
+  const std::vector<int32_t>& b = cut.sides[1];
   std::vector<int8_t> side(static_cast<size_t>(structure.size()), kOutside);
   for (int32_t i : a) side[static_cast<size_t>(i)] = 0;
   for (int32_t i : b) side[static_cast<size_t>(i)] = 1;
@@ -304,7 +303,7 @@ CutFeatures FeaturesOfCut(const ChainView& chain, const std::vector<CandidateNod
   f[10] = static_cast<float>(std::max(inter[0], inter[1]));
   f[11] = static_cast<float>(std::min(inter[0], inter[1]));
   f[12] = static_cast<float>(interface);
-  f[13] = static_cast<float>(std::log(std::max(static_cast<double>(node.score), kLeastScore)));
+  f[13] = static_cast<float>(std::log(std::max(static_cast<double>(cut.score), kLeastScore)));
   f[14] = static_cast<float>(sums.betaPairs);
   f[15] = static_cast<float>(sums.betaPasses);
   f[16] = static_cast<float>(sums.strands / n);
@@ -315,12 +314,12 @@ CutFeatures FeaturesOfCut(const ChainView& chain, const std::vector<CandidateNod
   f[21] = static_cast<float>(classic ? 1.0 : 0.0);
   f[22] = static_cast<float>(Ratio(sums.interC, std::min(na, nb)));
   f[23] = static_cast<float>(crossShare);
-  f[24] = static_cast<float>(Ratio(node.acceptable, node.samples));
-  f[25] = static_cast<float>(node.agreement);
-  f[26] = static_cast<float>(node.agreeing);
-  f[27] = static_cast<float>(std::log(std::max(static_cast<double>(node.rivalScore), kLeastScore)) - f[13]);
-  const float scoresA[3] = {node.scores.compact1, node.scores.inter1, node.scores.interface};
-  const float scoresB[3] = {node.scores.compact2, node.scores.inter2, node.scores.interface};
+  f[24] = static_cast<float>(Ratio(cut.acceptable, cut.samples));
+  f[25] = static_cast<float>(cut.agreement);
+  f[26] = static_cast<float>(cut.agreeing);
+  f[27] = static_cast<float>(std::log(std::max(static_cast<double>(cut.rivalScore), kLeastScore)) - f[13]);
+  const float scoresA[3] = {cut.scores.compact1, cut.scores.inter1, cut.scores.interface};
+  const float scoresB[3] = {cut.scores.compact2, cut.scores.inter2, cut.scores.interface};
   const SideJudgement ja = JudgeSide(structure, a, scoresA), jb = JudgeSide(structure, b, scoresB);
   f[28] = static_cast<float>(std::min(ja.network, jb.network));
   f[29] = static_cast<float>(std::max(ja.network, jb.network));
@@ -329,12 +328,12 @@ CutFeatures FeaturesOfCut(const ChainView& chain, const std::vector<CandidateNod
   f[32] = static_cast<float>(chain.bBurial);
   f[33] = static_cast<float>(std::fabs(MeanOf(chain.bScore, a) - MeanOf(chain.bScore, b)));
   f[34] = static_cast<float>(MeanOf(chain.bScore, node.residues));
-  const InterfaceStats cut = Interface(structure, contacts, params, side, node.residues);
+  const InterfaceStats across = Interface(structure, contacts, params, side, node.residues);
   f[35] = static_cast<float>(SplitElements(structure, side, node.residues));
-  f[36] = static_cast<float>(Ratio(cut.residues, std::min(na, nb)));
-  f[37] = static_cast<float>(Ratio(static_cast<double>(cut.crossContacts), cut.residues));
-  f[38] = static_cast<float>(cut.exposedCore);
-  f[39] = static_cast<float>(Ratio(cut.burial, cut.nodeBurial));
+  f[36] = static_cast<float>(Ratio(across.residues, std::min(na, nb)));
+  f[37] = static_cast<float>(Ratio(static_cast<double>(across.crossContacts), across.residues));
+  f[38] = static_cast<float>(across.exposedCore);
+  f[39] = static_cast<float>(Ratio(across.burial, across.nodeBurial));
   return f;
 }
 

@@ -30,7 +30,7 @@ struct ChainView {
   double bBurial = 0.0;        // correlation of B-factors and contact counts over the chain
 };
 
-// The features of a node's cut; the node must have one.
-CutFeatures FeaturesOfCut(const ChainView& chain, const std::vector<CandidateNode>& nodes, int node);
+// The features of one of a node's cuts.
+CutFeatures FeaturesOfCut(const ChainView& chain, const CandidateNode& node, const CandidateCut& cut);
 
 }  // namespace quarnel

@@ -20,7 +20,7 @@ double Bounded(double logOdds) { return std::max(-kCalibrationBound, std::min(kC
 
 double DomainConfidence(const CathCalls& calls, const std::vector<CandidateNode>& nodes, int node) {
   const CandidateNode& domain = nodes[static_cast<size_t>(node)];
-  const double undivided = domain.hasCut ? -Bounded(calls.logOdds[static_cast<size_t>(node)]) : kCalibrationBound;
+  const double undivided = domain.hasCut() ? -Bounded(calls.logOdds[static_cast<size_t>(node)]) : kCalibrationBound;
   const double apart = domain.parent == kNoNode ? kCalibrationBound
                                                 : Bounded(calls.logOdds[static_cast<size_t>(domain.parent)]);
   return Logistic(kDomainCalibration[0] + kDomainCalibration[1] * undivided + kDomainCalibration[2] * apart);
@@ -35,8 +35,8 @@ CathCalls DecideCuts(const ChainView& chain, const std::vector<CandidateNode>& n
   calls.logOdds.assign(n, 0.0);
   calls.kept.assign(n, false);
   for (size_t k = 0; k < n; ++k) {
-    if (!nodes[k].hasCut) continue;
-    calls.features[k] = FeaturesOfCut(chain, nodes, static_cast<int>(k));
+    if (!nodes[k].hasCut()) continue;
+    calls.features[k] = FeaturesOfCut(chain, nodes[k], nodes[k].cuts[0]);
     const BoostedModel& model = k == 0 ? kWholeChainModel : kPartModel;
     calls.logOdds[k] = LogOdds(model, kCathTreeNodes, kCathTreeRoots, calls.features[k].data());
   }
@@ -46,7 +46,7 @@ CathCalls DecideCuts(const ChainView& chain, const std::vector<CandidateNode>& n
   for (size_t k = 0; k < n; ++k) {
     if (!reached[k]) continue;
     const double threshold = k == 0 ? kWholeChainThreshold : kPartThreshold;
-    if (nodes[k].hasCut && calls.logOdds[k] >= threshold) {
+    if (nodes[k].hasCut() && calls.logOdds[k] >= threshold) {
       calls.kept[k] = true;
       reached[static_cast<size_t>(nodes[k].children[0])] = true;
       reached[static_cast<size_t>(nodes[k].children[1])] = true;

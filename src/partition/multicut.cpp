@@ -290,6 +290,7 @@ void EvaluateSample(const LevelData& data, int index, const Sample& sample, Flow
   const float score = GenerateAllBiPartition(params, data.judge, network, slice, &scores);
   if (kept != nullptr && score < kRejectedScore) {
     kept->score = score;
+    kept->scores = scores;
     kept->part.resize(static_cast<size_t>(n));
     for (int i = 0; i < n; ++i) kept->part[static_cast<size_t>(i)] = static_cast<uint8_t>(slice[i].part);
   }

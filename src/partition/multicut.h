@@ -55,6 +55,7 @@ struct PointPair {
 // other: its score (kRejectedScore when the sample had none) and each position's side.
 struct SampleCut {
   float score = kRejectedScore;
+  CutScores scores = kRejectedCutScores;
   std::vector<uint8_t> part;  // by slice position in index order; empty without a cut
 };
 

@@ -36,7 +36,7 @@ ChainResult RunChainCath(const ChainInput& input, const Params& params,
   } else {
     result.report = FormatOneDomain(input.entry, size);
   }
-  const bool searched = !result.candidates.empty() && result.candidates[0].hasCut;
+  const bool searched = !result.candidates.empty() && result.candidates[0].hasCut();
   result.verdict = searched ? Verdict::kModel
                  : size >= 2 * CandidateParams(params).MinDomainSize ? Verdict::kNoCut
                                                                      : Verdict::kTooShort;
