@@ -102,6 +102,8 @@ Exit status:
 )";
 }
 
+const char* VersionNumber() { return QUARNEL_VERSION; }
+
 std::string VersionText() {
   return std::string("quarnel ") + QUARNEL_VERSION + "\nbuild flags: " + QUARNEL_BUILD_FLAGS +
          "\nDSSP: built-in DSSP library " + QUARNEL_DSSP_VERSION +

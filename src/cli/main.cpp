@@ -14,6 +14,7 @@
 #include <new>
 
 #include "cli/batch.h"
+#include "cli/batch_inputs.h"
 #include "cli/command.h"
 #include "cli/inputs.h"
 #include "cli/lookup.h"
@@ -153,14 +154,18 @@ bool FrontEndInput(const CommandLine& line, BatchOptions& batch) {
   const std::string& name = line.input;
   if (CanRead(name)) {
     if (!GzipOrMmcif(name)) return false;
+  } else if (name == kStandardInput) {
+    if (CanRead(line.pdbPath + name + ".pdb")) return false;  // "-" as the code of a file "-.pdb"
   } else {
     const std::string code = name.substr(0, 4);
     if (CanRead(line.pdbPath + code + ".pdb") || FindCodeFile(line.pdbPath, code).empty()) return false;
   }
   batch.params = line.params;
+  batch.given = line.params;
   batch.pdbPath = line.pdbPath;
   batch.inputs = {name};
   batch.jobs = 1;
+  batch.wholeFile = true;
   return true;
 }
 

@@ -82,7 +82,7 @@ const ContractRow kRows[] = {
      "quarnel: 1isu.pdb: no chain Z (chains: A, B)\nquarnel: 1 of 1 chain failed\n", "1isu.pdb"},
     {"several inputs: each reported, nothing written",
      {{"1crn.pdb", "data:1crn.pdb"}, {"1isu.pdb", "data:1isu.pdb"}}, {"-noss", "1crn.pdb", "1isu.pdb"},
-     nullptr, 0, "1crn\t46\t1\n1isu\t124\t2\t (1-62) (1-62)\n", "", "1crn.pdb 1isu.pdb"},
+     nullptr, 0, "1crnA\t46\t1\n1isuA\t62\t1\n1isuB\t62\t1\n", "", "1crn.pdb 1isu.pdb"},
     {"a text file in a batch: named, with the reason", {{"notes.txt", "no atoms here\n"}},
      {"--each-chain", "notes.txt"}, nullptr, 3, "",
      "quarnel: notes.txt: holds no atoms (no ATOM or HETATM records, no mmCIF data block)\n"
@@ -90,8 +90,8 @@ const ContractRow kRows[] = {
     {"a code kept in the archive's divided layout, gzip", {{"w8/2w83.pdb.gz", "data:formats/2w83_c.pdb.gz"}},
      {"-noss", "2w83C"}, nullptr, 0, "2w83C\t8\t1\n", "", "w8/"},
     {"a predicted model: low-confidence residues left out", {{"1crn.pdb", "data:1crn.pdb"}},
-     {"-noss", "--min-plddt", "5", "1crn.pdb"}, nullptr, 0, "1crn\t28\t1\n",
-     "quarnel: 1crn: left out 18 residues below pLDDT 5\n", "1crn.pdb"},
+     {"-noss", "--min-plddt", "5", "1crn.pdb"}, nullptr, 0, "1crnA\t28\t1\n",
+     "quarnel: 1crnA: left out 18 of 46 residues below pLDDT 5\n", "1crn.pdb"},
     {"a mistyped long option: a hint", {}, {"--chian", "A", "x.pdb"}, nullptr, 2, "",
      "quarnel: unknown option --chian\nquarnel: did you mean --chain? ('quarnel --help' lists "
      "every option)\n", ""},
