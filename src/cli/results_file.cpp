@@ -95,8 +95,10 @@ void ResultsFile::Open(const BatchOptions& options, void (*waiting)(const std::s
     while (::flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
     }
   }
+  struct stat status;
+  regular_ = ::fstat(fd_, &status) == 0 && S_ISREG(status.st_mode);
   if (options.resume) return Resume(options);
-  if (::ftruncate(fd_, 0) != 0) FailWrite("cannot write", errno);
+  if (regular_ && ::ftruncate(fd_, 0) != 0) FailWrite("cannot write", errno);
   if (!Append(ResultHeader(options.format, RecordedOptions(options))))
     Fail(Status::kWriteFailed, Stream::kStderr, "quarnel: " + failure_ + "\n");
 }
@@ -122,8 +124,8 @@ void ResultsFile::Resume(const BatchOptions& options) {
            "resume with the options the file was made with, or write to another file");
   committed_ = state.empty ? 0 : state.completeBytes;
   // A line cut short by a run that stopped mid-write is dropped, and its chain run again.
-  if (::ftruncate(fd_, static_cast<off_t>(committed_)) != 0 ||
-      ::lseek(fd_, static_cast<off_t>(committed_), SEEK_SET) < 0)
+  if (regular_ && (::ftruncate(fd_, static_cast<off_t>(committed_)) != 0 ||
+                   ::lseek(fd_, static_cast<off_t>(committed_), SEEK_SET) < 0))
     FailWrite("cannot write", errno);
   done_ = state.done;
   if (state.empty && !Append(ResultHeader(options.format, recorded)))
@@ -145,7 +147,7 @@ bool ResultsFile::Append(const std::string& text) {
     if (n <= 0) {
       const int error = n < 0 ? errno : ENOSPC;
       failure_ = Format("cannot write %s: %s", name_.c_str(), std::strerror(error));
-      if (own_ && ::ftruncate(fd_, static_cast<off_t>(committed_)) == 0)
+      if (regular_ && ::ftruncate(fd_, static_cast<off_t>(committed_)) == 0)
         ::lseek(fd_, static_cast<off_t>(committed_), SEEK_SET);
       return false;
     }

@@ -44,6 +44,7 @@ class ResultsFile {
   std::string name_;       // as messages give it
   int fd_ = -1;
   bool own_ = false;       // the --out file, not standard output
+  bool regular_ = false;   // a regular file, which can be cut back
   std::uintmax_t committed_ = 0;  // bytes of the file known complete
   std::set<ResumeKey> done_;
   std::string failure_;

@@ -99,6 +99,10 @@ bool HoldsProtein(gemmi::Chain& chain) {
 
 }  // namespace
 
+bool IsAminoAcid(const std::string& name) {
+  return gemmi::find_tabulated_residue(TableName(name)).is_amino_acid();
+}
+
 bool IsStandardResidue(const std::string& name) {
   return gemmi::find_tabulated_residue(TableName(name)).is_standard();
 }

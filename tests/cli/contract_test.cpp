@@ -107,8 +107,10 @@ const ContractRow kRows[] = {
      {{"my 1'rmd.pdb", "data:1rmd.pdb"}, {"stored.dssp", "data:1rmd.dssp"}, {"fake-dssp", kStandInDssp}},
      {"-md", "3", "my 1'rmd.pdb"}, "./fake-dssp", 0, "my 1'rmd\t116\t3\t (34-76) (1-33;77-87) (88-116)\n", "",
      "dssp.log fake-dssp my 1'rmd.pdb stored.dssp"},
-    {"a DSSP that fails: no secondary structure", {{"1rmd.pdb", "data:1rmd.pdb"}}, {"-md", "3", "1rmd.pdb"}, "false",
-     0, kWithoutTable, "", "1rmd.pdb dssp.log"},
+    {"a DSSP that fails: no secondary structure, and a hint", {{"1rmd.pdb", "data:1rmd.pdb"}}, {"-md", "3", "1rmd.pdb"},
+     "false", 0, kWithoutTable,
+     "quarnel: 1rmd.dssp holds no residue table: DSSP failed (its messages are in dssp.log); the run goes on "
+     "without secondary structure; --dssp builtin uses the DSSP built into quarnel\n", "1rmd.pdb dssp.log"},
     {"a DSSP output beside a named file is not reused", {{"1rmd.pdb", "data:1rmd.pdb"}, {"1rmd.dssp", "data:1rmd.dssp"}},
      {"-md", "3", "1rmd.pdb"}, nullptr, 1, kDsspUnset, kDsspHint, "1rmd.dssp 1rmd.pdb"},
     {"a code's earlier DSSP output is reused, then removed",
