@@ -29,7 +29,7 @@ constexpr double kBottomMargin = 48.0;
 constexpr double kWidth = kLegendLeft + kLegendWidth;
 constexpr double kHeight = kMapTop + kMapSize + kBottomMargin;
 constexpr int kTargetTicks = 6;
-constexpr size_t kLegendChars = 44;   // 12-pixel text across the legend's width
+constexpr size_t kLegendChars = 38;   // 12-pixel text (about 7.5 pixels a character) across the legend
 constexpr size_t kTitleChars = 60;    // the entry in the 16-pixel bold title
 constexpr double kLegendBottomRoom = 24.0;
 // Consecutive CA atoms of a chain lie 3.8 Å apart (2.9 Å across a cis peptide); farther than

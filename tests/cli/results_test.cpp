@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 #include "cli/pictures.h"
@@ -294,14 +295,46 @@ TEST(RealChain, PymolRunsHeadless) {
   Scratch scratch;
   const WrittenFiles written = WritePymol(Run2yex(), scratch.File("with space"), nullptr);
   ASSERT_TRUE(written.errors.empty()) << written.errors.front();
+  // The folder moved, the script run from elsewhere: it loads its copy from beside it.
+  fs::rename(scratch.File("with space"), scratch.File("moved here"));
   std::ofstream(scratch.File("check.pml"))
-      << "@" << scratch.File("with space/2yexA.pml") << "\n"
+      << "@" << scratch.File("moved here/2yexA.pml") << "\n"
       << "print('counts', cmd.count_atoms('color quarnel_1') > 500, cmd.count_atoms('color quarnel_2') > 500,"
          " cmd.count_atoms('color quarnel_0 and name CA'))\n";
   const Command run = Shell("cd " + scratch.path() + " && PATH=/usr/bin:$PATH pymol -cq check.pml");
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.out.find("Error"), std::string::npos) << run.out;
   EXPECT_NE(run.out.find("counts True True 0"), std::string::npos) << run.out;
+}
+
+// Text of the SVG that would run past its right edge, at the widths DejaVu Sans takes (about 7.5
+// pixels a character at 12 pixels, 10.5 at 16 bold); empty when all fits.
+std::string TextPastTheEdge(const std::string& svg) {
+  const std::regex text("<text x=\"([0-9.]+)\"[^>]*>([^<]*)</text>");
+  const std::regex width("width=\"([0-9]+)\"");
+  std::smatch match;
+  std::regex_search(svg, match, width);
+  const double edge = std::stod(match[1]);
+  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), text); it != std::sregex_iterator(); ++it) {
+    const std::string content = (*it)[2];
+    size_t characters = 0;
+    for (unsigned char c : content) characters += (c & 0xC0) != 0x80;
+    const double perCharacter = std::stod((*it)[1]) < 100 ? 10.5 : 7.5;  // the title starts at the left
+    if (std::stod((*it)[1]) + perCharacter * characters > edge) return content;
+  }
+  return "";
+}
+
+TEST(RealChain, SvgTextFitsAndBreaksAreMarked) {
+  ChainOutcome outcome = Run2yex();
+  EXPECT_EQ(ContactSvg(outcome).find("chain break"), std::string::npos);  // 2yex A has none
+  outcome.entry = "AF-P12345-F1-model_v4_with_a_long_name_that_a_pipeline_gave_it_\xC3\xA9_to_tell_runs_apartA";
+  outcome.gapBefore.assign(outcome.result.structure.residues.size(), false);
+  outcome.gapBefore[100] = true;  // residues left out between the 100th and the 101st
+  const std::string svg = ContactSvg(outcome);
+  EXPECT_EQ(TextPastTheEdge(svg), "");
+  EXPECT_NE(svg.find("chain break: residues missing"), std::string::npos);
+  EXPECT_NE(svg.find("\xE2\x80\xA6"), std::string::npos);  // the name cut in its middle
 }
 
 TEST(RealChain, SvgRenders) {
