@@ -77,6 +77,7 @@ def main():
                        + inputs, env)
             seconds = time.monotonic() - started
             with open(out) as handle:
+                handle.readline()  # the line recording the options
                 if fmt == "json":
                     rows["json"] = [json.loads(l) for l in handle]
                 else:
@@ -88,7 +89,7 @@ def main():
             for line in failed[:20]:
                 print("  " + line)
         # The TSV rows are the JSON lines, in the same order.
-        if [(r["entry"], len(r["domains"]), ",".join(d["chopping"] for d in r["domains"]))
+        if [(r["chain_id"], len(r["domains"]), ",".join(d["chopping"] for d in r["domains"]))
                 for r in rows["json"]] != [(r["chain_id"], int(r["ndom"]), r["chopping"])
                                             for r in rows["tsv"]]:
             problems += 1
@@ -101,7 +102,7 @@ def main():
         # Each row against the single run of its chain.
         singles = 0
         for item in rows["json"]:
-            entry = item["entry"]
+            entry = item["chain_id"]
             ndom = len(item["domains"])
             chopping = ",".join(d["chopping"] for d in item["domains"])
             from_structures = os.path.dirname(item["file"]) == inputs[0]
@@ -121,17 +122,18 @@ def main():
         # (Chain ids identify the chains on file: the structures folder, whose names are unique.)
         out = os.path.join(scratch, "resumed.tsv")
         inputs = inputs[:1]
-        whole = [r["entry"] for r in rows["json"] if os.path.dirname(r["file"]) == inputs[0]]
+        whole = [r["chain_id"] for r in rows["json"] if os.path.dirname(r["file"]) == inputs[0]]
         first = subprocess.Popen([tool, "--each-chain", "-j", str(args.jobs), "--format", "tsv",
                                   "--out", out] + inputs, env=env, stderr=subprocess.DEVNULL)
         time.sleep(args.kill_after)
         first.send_signal(signal.SIGKILL)
         first.wait()
         with open(out) as handle:
-            before = [l for l in handle.read().split("\n")[1:] if l and "\t" in l]
+            before = [l for l in handle.read().split("\n")[2:] if l and "\t" in l]
         second = run([tool, "--each-chain", "-j", str(args.jobs), "--format", "tsv", "--out", out,
                       "--resume"] + inputs, env)
         with open(out) as handle:
+            handle.readline()  # the line recording the options
             after = list(csv.DictReader(handle, delimiter="\t"))
         ids = [r["chain_id"] for r in after]
         recomputed = len(ids) - len(set(ids))

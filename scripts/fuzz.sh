@@ -4,8 +4,9 @@
 #
 # Usage: scripts/fuzz.sh [seconds per target] [target...]
 #   seconds  time each target runs (default 30); scripts/fuzz.sh 600 is the long run
-#   target   readers (the PDB, DSSP and profile readers on one text) or run (a whole -noss run);
-#            default: both, one after the other
+#   target   readers (the PDB, DSSP and profile readers on one text), run (a whole -noss run) or
+#            batch (a structure file of any kind: chains split out, --min-plddt, every writer);
+#            default: all three, one after the other
 # Prints, per target, the executions and the coverage libFuzzer reached. Fails (status 1) when a
 # target crashes, leaks, times out or breaks one of its checks; the input that did it is left
 # in <build>/fuzz-crashes/<target>/ and libFuzzer's report in <build>/fuzz-logs/<target>.log.
@@ -17,7 +18,7 @@ ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 BUILD=${QUARNEL_FUZZ_BUILD_DIR:-$ROOT/build-fuzz}
 SECONDS_PER_TARGET=${1:-30}
 shift || true
-ALL_TARGETS=(readers run)
+ALL_TARGETS=(readers run batch)
 TARGETS=("$@")
 ((${#TARGETS[@]} > 0)) || TARGETS=("${ALL_TARGETS[@]}")
 
@@ -36,6 +37,7 @@ fi
 max_len() {
   case $1 in
     run) echo 32768 ;;  # a first line of options and a structure of up to ~400 residues
+    batch) echo 65536 ;;  # a small mmCIF file, or a few chains of PDB records
     *) echo 16384 ;;
   esac
 }

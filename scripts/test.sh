@@ -44,7 +44,7 @@ if [[ ${QUARNEL_SANITIZER_SUITE:-1} != 0 ]]; then
   TSAN_OPTIONS=${TSAN_OPTIONS:-halt_on_error=1} "$QUARNEL_TSAN_BUILD_DIR/tests/test_secondary"
 fi
 
-# 4. Both fuzz targets, each for a bounded time (QUARNEL_FUZZ_SECONDS, default 10; 0 skips them). The
+# 4. Every fuzz target, each for a bounded time (QUARNEL_FUZZ_SECONDS, default 10; 0 skips them). The
 # long run is: bash scripts/fuzz.sh 600
 if [[ ${QUARNEL_FUZZ_SECONDS:-10} != 0 ]]; then
   install_fuzzing_dependencies

@@ -18,6 +18,7 @@ enum class Status : int {
   kBadOption = 2,          // an option whose values would lie past the input name
   kProfileReopen = 4,      // the structure cannot be read again for the assessment
   kInputOpen = 5,          // the structure file or the DSSP output cannot be opened
+  kWriteFailed = 6,        // batch runs: a results, picture or domain file could not be written
   kChainCopyCreate = 7,
   kCodeFileOpen = 9,
   kEngineFault = 10,       // user anchors missing, path walk-back, records or closure rows

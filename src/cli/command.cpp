@@ -29,6 +29,7 @@ constexpr OptionShape kBatchOptions[] = {
     {"--out", 1},    {"--resume", 0},     {"--list", 1},         {"--jobs", 1},
     {"-j", 1},       {"--pymol", 1},      {"--chimerax", 1},     {"--save-domains", 1},
     {"--svg", 1},    {"--dssp", 1},       {"--help", 0},         {"--version", 0},
+    {"--quiet", 0},
 };
 
 bool IsLong(const char* arg) { return std::strncmp(arg, "--", 2) == 0; }
@@ -102,6 +103,7 @@ void ApplyBatch(const std::string& name, const std::string& value, BatchOptions&
   else if (name == "--chimerax") o.chimeraxDir = value;
   else if (name == "--save-domains") o.saveDomainsDir = value;
   else if (name == "--svg") o.svgDir = value;
+  else if (name == "--quiet") o.quiet = true;
   else if (name == "--dssp") {
     if (value == "builtin") o.dssp = DsspChoice::kBuiltin;
     else if (value == "external") o.dssp = DsspChoice::kExternal;
@@ -134,8 +136,18 @@ RunKind ClassifyCommandLine(int argc, const char* const* argv) {
 
 BatchOptions ParseBatchOptions(int argc, const char* const* argv) {
   BatchOptions options;
+  bool optionsEnded = false;  // after "--" every argument is an input
+  bool beyondDssp = false;    // an option of batch runs other than --dssp
   for (int i = 1; i < argc; ++i) {
     std::string arg = argv[i];
+    if (optionsEnded) {
+      options.inputs.push_back(arg);
+      continue;
+    }
+    if (arg == "--") {
+      optionsEnded = beyondDssp = true;
+      continue;
+    }
     std::string inlineValue;
     bool hasInlineValue = false;
     if (IsLong(arg.c_str())) {
@@ -174,14 +186,27 @@ BatchOptions ParseBatchOptions(int argc, const char* const* argv) {
       ApplyDesignedOption(arg.c_str(), texts.data(), options.params, options.pdbPath);
     } else {
       ApplyBatch(arg, values.empty() ? std::string() : values[0], options);
+      beyondDssp = beyondDssp || arg != "--dssp";
     }
   }
   if (!options.chain.empty() && options.eachChain) BadOption("--chain and --each-chain exclude each other");
   if (options.resume && options.out.empty()) BadOption("--resume needs --out FILE");
+  if (options.resume && options.format == ResultFormat::kClassic)
+    BadOption("--resume needs --format tsv or json",
+              "quarnel: classic report lines do not say which input and chain they came from");
   if (options.inputs.empty() && options.listFile.empty())
     BadOption("no input: name structure files, folders or PDB codes, or --list FILE");
+  // The classic hint for a missing DSSP_PATH says to add --dssp builtin: the command line is then
+  // still read as the classic run reads it, the file whole, with the DSSP named.
+  options.wholeFile = !beyondDssp && options.inputs.size() == 1 && options.listFile.empty();
+  options.given = options.params;
   ApplyRelaxedMode(options.params);
   return options;
+}
+
+bool UsesExternalDssp(const BatchOptions& options) {
+  return options.dssp == DsspChoice::kExternal ||
+         (options.dssp == DsspChoice::kAuto && std::getenv("DSSP_PATH") != nullptr);
 }
 
 }  // namespace quarnel

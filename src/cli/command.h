@@ -21,13 +21,19 @@ RunKind ClassifyCommandLine(int argc, const char* const* argv);
 
 enum class DsspChoice { kAuto, kBuiltin, kExternal };
 
+// The partition mode results name; the only one so far.
+inline constexpr char kDefaultMode[] = "classic";
+
 struct BatchOptions {
   Params params;                    // the designed options apply to every chain
+  Params given;                     // the same before relaxed mode rewrote the criteria
   std::string pdbPath = "./";       // -pdbpath: where codes are looked up
   std::vector<std::string> inputs;  // files, folders and codes, in the order given
   std::string listFile;             // --list: one more input per line
   std::string chain;                // --chain: that chain of every file
-  bool eachChain = false;           // --each-chain: every protein chain of every file
+  bool eachChain = false;           // --each-chain: every protein chain (what runs do anyway)
+  bool wholeFile = false;           // a classic command line handed over, or with --dssp added:
+                                    // the file read whole, as the classic run reads it
   bool filterPlddt = false;         // --min-plddt given
   double minPlddt = 0.0;
   ResultFormat format = ResultFormat::kClassic;
@@ -39,13 +45,20 @@ struct BatchOptions {
   std::string saveDomainsDir;
   std::string svgDir;
   DsspChoice dssp = DsspChoice::kAuto;  // --dssp: auto is external when DSSP_PATH is set
+  bool quiet = false;               // --quiet: standard error keeps to failures
+  std::string mode = kDefaultMode;  // the partition mode results are made with
 };
+
+// Whether secondary structure comes from the DSSP program of DSSP_PATH (--dssp external, or
+// DSSP_PATH set and no --dssp).
+bool UsesExternalDssp(const BatchOptions& options);
 
 // Parses a batch command line; an unknown or malformed option fails with status 2 and a hint.
 BatchOptions ParseBatchOptions(int argc, const char* const* argv);
 
-// The text of --help and of --version.
+// The text of --help and of --version, and the version number alone.
 std::string HelpText();
 std::string VersionText();
+const char* VersionNumber();
 
 }  // namespace quarnel

@@ -6,7 +6,7 @@
 
 #include "cli/palette.h"
 #include "cli/pictures.h"
-#include "cli/result_formats.h"
+#include "cli/chain_domains.h"
 
 namespace quarnel {
 
@@ -29,7 +29,13 @@ constexpr double kBottomMargin = 48.0;
 constexpr double kWidth = kLegendLeft + kLegendWidth;
 constexpr double kHeight = kMapTop + kMapSize + kBottomMargin;
 constexpr int kTargetTicks = 6;
-constexpr size_t kLegendChars = 44;
+constexpr size_t kLegendChars = 38;   // 12-pixel text (about 7.5 pixels a character) across the legend
+constexpr size_t kTitleChars = 60;    // the entry in the 16-pixel bold title
+constexpr double kLegendBottomRoom = 24.0;
+// Consecutive CA atoms of a chain lie 3.8 Å apart (2.9 Å across a cis peptide); farther than
+// this, residues are missing between them.
+constexpr double kMaxBondedCaDistance = 4.2;
+constexpr char kBreakColour[] = "#D55E00";
 constexpr double kBlockOpacity = 0.18;
 
 // Contacts shaded by weight in four steps, each four times the last: the weights of a residue
@@ -71,6 +77,17 @@ std::string CommentText(std::string text) {
   for (size_t at = text.find("--"); at != std::string::npos; at = text.find("--", at)) text[at + 1] = '~';
   if (!text.empty() && text.back() == '-') text.back() = '~';
   return Escaped(text);
+}
+
+// A name cut in its middle to `room` characters (UTF-8 ellipsis), so that its start and end,
+// which tell entries apart, stay readable.
+std::string Fitted(const std::string& text, size_t room) {
+  if (text.size() <= room) return text;
+  auto continuation = [&](size_t at) { return (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80; };
+  size_t head = (room - 1) / 2, tailStart = text.size() - (room - 1 - head);
+  while (head > 0 && continuation(head)) --head;  // never half a UTF-8 character
+  while (tailStart < text.size() && continuation(tailStart)) ++tailStart;
+  return text.substr(0, head) + "\u2026" + text.substr(tailStart);
 }
 
 struct Run {
@@ -199,6 +216,41 @@ std::string SequenceTracks(const ChainResult& result, const std::vector<int>& pl
   return svg + "</g>\n";
 }
 
+// ---- chain breaks ----
+
+bool HasCa(const Residue& r) { return r.ca[0] != kNoCoordinate; }
+
+// Positions with residues missing before them: their CA too far from the one before, the
+// numbering jumping where a CA is missing, another chain, or residues left out (--min-plddt).
+// The map gives every residue read one column, so these would pass unseen.
+std::vector<int> ChainBreaks(const ChainOutcome& outcome) {
+  const std::vector<Residue>& residues = outcome.result.structure.residues;
+  std::vector<int> breaks;
+  for (size_t i = 1; i < residues.size(); ++i) {
+    const Residue& a = residues[i - 1];
+    const Residue& b = residues[i];
+    const bool far = HasCa(a) && HasCa(b) &&
+                     std::hypot(a.ca[0] - b.ca[0], a.ca[1] - b.ca[1], a.ca[2] - b.ca[2]) > kMaxBondedCaDistance;
+    const bool skipped = (!HasCa(a) || !HasCa(b)) && b.resnum - a.resnum > 1;
+    const bool leftOut = i < outcome.gapBefore.size() && outcome.gapBefore[i];
+    if (far || skipped || a.chain != b.chain || leftOut) breaks.push_back(static_cast<int>(i));
+  }
+  return breaks;
+}
+
+// A dashed line across the map and the tracks at each break.
+std::string BreakMarks(const std::vector<int>& breaks, const Layout& layout) {
+  if (breaks.empty()) return "";
+  std::string path;
+  for (int i : breaks) {
+    const double at = layout.X(i);
+    path += Format("M%.2f %.1fV%.1fM%.1f %.2fH%.1f", at, kSsTop - 2, kMapTop + kMapSize, kLeft,
+                   layout.Y(i), kLeft + kMapSize);
+  }
+  return Format("<path fill=\"none\" stroke=\"%s\" stroke-width=\"0.8\" stroke-dasharray=\"3 2\" d=\"",
+                kBreakColour) + path + "\"/>\n";
+}
+
 // ---- axes ----
 
 int TickStep(int n) {
@@ -277,18 +329,32 @@ std::string LegendEntry(double& y, Rgb colour, const std::string& label,
   return svg;
 }
 
-std::string Legend(const ChainOutcome& outcome, const std::vector<int>& places) {
-  const std::vector<ChainDomain> domains = ChainDomains(outcome.result);
+// The legend, and in `bottom` where it ends, so that the picture can be made tall enough.
+std::string Legend(const ChainOutcome& outcome, const std::vector<int>& places, bool breaks, double& bottom) {
+  const std::vector<ChainDomain> domains = ChainDomains(outcome);
   double y = kMapTop + 10;
   std::string svg = "<g font-size=\"12\">\n";
   for (size_t place = 0; place < domains.size(); ++place) {
     const ChainDomain& domain = domains[place];
-    std::string label = DomainId(outcome.entry, static_cast<int>(place)) + Format(": %d residues", domain.residues);
-    if (domain.judged) label += Format(", %.1f%% confidence", static_cast<double>(domain.confidence));
-    svg += LegendEntry(y, DomainColour(static_cast<int>(place)), label, Wrapped(Chopping({domain})));
+    const std::string id = DomainId(outcome.entry, static_cast<int>(place));
+    std::string facts = Format("%d residues", domain.residues);
+    if (domain.judged) facts += Format(", %.1f%% confidence", static_cast<double>(domain.confidence));
+    std::vector<std::string> more = Wrapped(Chopping({domain}));
+    std::string label = id + ": " + facts;
+    if (label.size() > kLegendChars) {  // a long name gets a line of its own
+      label = Fitted(id, kLegendChars);
+      more.insert(more.begin(), facts);
+    }
+    svg += LegendEntry(y, DomainColour(static_cast<int>(place)), label, more);
   }
   if (std::count(places.begin(), places.end(), -1) > 0)
     svg += LegendEntry(y, kNoDomainColour, "in no domain", {});
+  if (breaks) {
+    svg += Format("<path stroke=\"%s\" stroke-width=\"1.5\" stroke-dasharray=\"3 2\" d=\"M%.1f %.1fv14\"/>\n",
+                  kBreakColour, kLegendLeft + 7, y - 11);
+    svg += Text(kLegendLeft + 22, y, "start", "chain break: residues missing");
+    y += kLegendLine + 4;
+  }
   y += kLegendLine;
   svg += Text(kLegendLeft, y, "start", std::string("verdict: ") + VerdictName(outcome.result.verdict));
   y += kLegendLine * 1.5;
@@ -299,6 +365,7 @@ std::string Legend(const ChainOutcome& outcome, const std::vector<int>& places) 
   svg += Text(kLegendLeft, y, "start", "contacts, by weight:");
   for (int s = 0; s < kShadeCount; ++s)
     svg += Rect(kLegendLeft + 130 + 18 * s, y - 11, 14, 14, kShades[s]);
+  bottom = y + kLegendBottomRoom;
   return svg + "</g>\n";
 }
 
@@ -309,17 +376,21 @@ std::string ContactSvg(const ChainOutcome& outcome) {
   const std::vector<int> places = DomainPlaces(result);
   const int n = result.structure.size();
   const Layout layout{n, kMapSize / std::max(1, n), std::max(1, static_cast<int>(std::ceil(n / kMapSize)))};
-  const size_t count = ChainDomains(result).size();
+  const size_t count = ChainDomains(outcome).size();
+  const std::vector<int> breaks = ChainBreaks(outcome);
+  double legendBottom = 0.0;
+  const std::string legend = Legend(outcome, places, !breaks.empty(), legendBottom);
+  const double height = std::max(kHeight, legendBottom);
   std::string svg = "<!-- quarnel contact map of " + CommentText(outcome.file) +
                     (outcome.chainId.empty() ? ", whole file" : ", chain " + CommentText(outcome.chainId)) +
                     " -->\n";
   svg += Format("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%.0f\" height=\"%.0f\" "
                 "viewBox=\"0 0 %.0f %.0f\" font-family=\"DejaVu Sans, Arial, sans-serif\">\n",
-                kWidth, kHeight, kWidth, kHeight);
-  svg += Rect(0, 0, kWidth, kHeight, "#FFFFFF");
+                kWidth, height, kWidth, height);
+  svg += Rect(0, 0, kWidth, height, "#FFFFFF");
   svg += "<g font-size=\"16\" font-weight=\"bold\">\n" +
          Text(kLeft, kTitleBaseline, "start",
-              Format("%s: %d residues, %d domain%s", outcome.entry.c_str(), layout.n,
+              Format("%s: %d residues, %d domain%s", Fitted(outcome.entry, kTitleChars).c_str(), layout.n,
                      static_cast<int>(count), count == 1 ? "" : "s")) +
          "</g>\n";
   if (layout.n > 0) {
@@ -329,9 +400,10 @@ std::string ContactSvg(const ChainOutcome& outcome) {
     svg += DomainBlocks(places, layout, true);
     svg += Format("<rect x=\"%.1f\" y=\"%.1f\" width=\"%.1f\" height=\"%.1f\" fill=\"none\" stroke=\"#000\"/>\n",
                   kLeft, kMapTop, kMapSize, kMapSize);
+    svg += BreakMarks(breaks, layout);
     svg += Axes(result.structure.residues, layout);
   }
-  svg += Legend(outcome, places);
+  svg += legend;
   return svg + "</svg>\n";
 }
 

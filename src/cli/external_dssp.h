@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "cli/interrupts.h"
 #include "structure/dssp_reader.h"
 
 namespace quarnel {
@@ -12,9 +13,10 @@ namespace quarnel {
 class ExternalDssp final : public SecondaryStructureSource {
  public:
   // `program` is DSSP_PATH as the user wrote it, `text` the PDB lines the run reads, `name` the
-  // input as messages give it.
-  ExternalDssp(std::string program, std::string text, std::string name)
-      : program_(std::move(program)), text_(std::move(text)), name_(std::move(name)) {}
+  // input as messages give it; the private folder is listed in `temporaries` while it exists.
+  ExternalDssp(std::string program, std::string text, std::string name, TemporaryFiles* temporaries)
+      : program_(std::move(program)), text_(std::move(text)), name_(std::move(name)),
+        temporaries_(temporaries) {}
 
   // DSSP's output; when DSSP fails, a note on standard error and text without a table.
   std::unique_ptr<LineSource> DsspOutput(const Structure& structure,
@@ -24,6 +26,15 @@ class ExternalDssp final : public SecondaryStructureSource {
   std::string program_;
   std::string text_;
   std::string name_;
+  TemporaryFiles* temporaries_;
 };
+
+// Removes the private folders of runs that were killed (kill -9 leaves them behind): those
+// whose process no longer exists.
+void RemoveAbandonedFolders();
+
+// Runs a shell command with the signal mask and dispositions of a fresh process, whatever this
+// one blocks; its exit status, or -1 when it could not be started.
+int RunCommand(const std::string& command);
 
 }  // namespace quarnel

@@ -29,7 +29,10 @@ Inputs:
                                        under -pdbpath as 1abc.pdb (also any letter case,
                                        .cif, .cif.gz, .pdb.gz, .ent.gz, pdb1abc.ent.gz and
                                        the archive's divided layout ab/)
-  --list FILE                          one more input per line
+  --list FILE                          one more input per line (--list - reads them from
+                                       standard input)
+  -                                    one structure read from standard input
+  --                                   ends the options: every later argument is an input
 
 Partition options:
   -md n        at most n domains (any n but 100 relaxes the cut criteria and skips the
@@ -56,28 +59,35 @@ Partition options:
 
 Chains and models:
   --chain ID          that chain of every file (reported as <file><chain>)
-  --each-chain        every protein chain of every file, one result each
-  --min-plddt X       leave out residues whose pLDDT (B-factor column) is below X
+  --each-chain        every protein chain of every file, one result each (what batch runs
+                      do without --chain)
+  --min-plddt X       leave out residues whose pLDDT (the CA's B-factor) is below X
 
 Results:
-  --format F          classic (the report line), tsv (one row per chain), json (JSON Lines)
-  --out FILE          write results to FILE instead of standard output
-  --resume            with --out: skip chains already in FILE, append the others
+  --format F          classic (the report line), tsv (one row per chain, Chainsaw's columns
+                      first), json (JSON Lines)
+  --out FILE          write results to FILE instead of standard output (never an input; a
+                      second run on the same FILE waits for the first)
+  --resume            with --out and tsv or json: skip chains (input and chain) already in FILE,
+                      append the others; FILE must hold results made with the same options
   -j N, --jobs N      chains at once (default: the machine's cores)
   --pymol DIR         a PyMOL script per chain colouring its domains
   --chimerax DIR      a ChimeraX script per chain colouring its domains
   --save-domains DIR  one PDB file per domain
   --svg DIR           a picture per chain: contact map, domains, secondary structure
   --dssp MODE         builtin (DSSP's library, inside quarnel) or external (DSSP_PATH)
+  --quiet             standard error keeps to failures: no notes, no progress
 
   -h, --help          this text
   --version           version, build flags and DSSP
 
 A command line of the options above the line "Chains and models" and one input is the classic
-run: it writes the chain copy of a code (1abca.pdb, 1abc_nmr.pdb) in the working folder and
-runs the DSSP program named by DSSP_PATH. Any long option, -j, or several inputs make a batch
-run, which writes nothing in the working folder but what you name and uses the DSSP built into
-quarnel unless DSSP_PATH is set (or --dssp says otherwise).
+run: it reads a file whole, writes the chain copy of a code (1abca.pdb, 1abc_nmr.pdb) in the
+working folder and runs the DSSP program named by DSSP_PATH. Any long option, -j, or several
+inputs make a batch run, which judges every protein chain of each file (or the one --chain
+names), writes nothing in the working folder but what you name and uses the DSSP built into
+quarnel unless DSSP_PATH is set (or --dssp says otherwise). A classic command line with only
+--dssp added still reads its file whole.
 
 Environment:
   DSSP_PATH           the DSSP program of classic runs (and of batch runs, when set)
@@ -86,10 +96,14 @@ Environment:
 Exit status:
   0    done (also: no argument, which prints the usage lines)
   1    DSSP_PATH not set for a classic run that needs DSSP
-  2    a bad option or option value
-  3    a batch run in which some inputs or chains failed (each named on standard error)
+  2    a bad option or option value; --out naming an input; --resume onto a file that does not
+       hold results of the same format made with the same options
+  3    a batch run in which some inputs or chains failed (each named on standard error: files
+       and folders that cannot be read, chains refused or not judged, pictures not written)
   4    the structure file could not be read again for the confidence assessment
   5    the structure file or the DSSP output could not be opened
+  6    a batch run could not write a results file, picture or domain file, or a run could not
+       write standard output (the file and the system's reason on standard error)
   7    the chain copy could not be written
   9    the PDB file of a code could not be opened
   10   the -ex residues are not in the chain, or an internal limit was met
@@ -99,8 +113,12 @@ Exit status:
   20, 30   internal consistency failures of the flow search
   50   out of memory
   100  too few atoms per residue (a CA-only model)
+  130, 143  a batch run stopped by SIGINT or SIGTERM (128 + the signal), its temporary files
+       removed
 )";
 }
+
+const char* VersionNumber() { return QUARNEL_VERSION; }
 
 std::string VersionText() {
   return std::string("quarnel ") + QUARNEL_VERSION + "\nbuild flags: " + QUARNEL_BUILD_FLAGS +

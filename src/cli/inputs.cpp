@@ -3,8 +3,12 @@
 // first-model) copy that the run reads is written.
 #include "cli/inputs.h"
 
+#include <unistd.h>
+
 #include <cctype>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 
 #include "base/text.h"
@@ -27,6 +31,34 @@ struct FileCloser {
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
 File OpenFile(const std::string& path, const char* mode) { return File(std::fopen(path.c_str(), mode)); }
+
+// The copy, opened for writing under its lock (runs side by side that write the same copy
+// take turns); opened as designed where it cannot be locked.
+File OpenCopy(const std::string& path, DesignedLocks& locks) {
+  bool created = false;
+  const int fd = locks.Lock(path, created);
+  if (fd < 0) return OpenFile(path, "w");
+  const int writer = ::dup(fd);
+  if (writer < 0 || ::ftruncate(fd, 0) != 0) {
+    if (writer >= 0) ::close(writer);
+    return OpenFile(path, "w");
+  }
+  File file(::fdopen(writer, "w"));
+  if (file == nullptr) ::close(writer);
+  return file;
+}
+
+// Closes the copy; on a failed write (a full disk) the part written is removed and the
+// system's reason returned, else empty.
+std::string CloseCopy(File file, const std::string& path) {
+  std::FILE* raw = file.release();
+  const bool written = std::ferror(raw) == 0;
+  const int reason = errno;
+  const bool closed = std::fclose(raw) == 0;
+  if (written && closed) return "";
+  std::remove(path.c_str());
+  return std::strerror(written ? errno : reason);
+}
 
 // Lines the way the readers take them (299-character pieces).
 bool ReadPiece(std::FILE* file, std::string& line) {
@@ -54,13 +86,17 @@ void WriteClosingRecords(std::FILE* out) {
        Format("Unable to open %s. QUIT ...\n", input.pdbName.c_str()));
 }
 
+[[noreturn]] void ChainCopyFailed(const ResolvedInput& input, const std::string& reason = {}) {
+  Fail(Status::kChainCopyCreate, Stream::kStdout,
+       Format("Unable to open %s: Quit!\n", input.templateName.c_str()),
+       reason.empty() ? std::string() : Format("quarnel: cannot write %s: %s", input.templateName.c_str(), reason.c_str()));
+}
+
 // The ATOM records of the requested chain, up to the first END or ENDMDL.
-void CleanChain(const CommandLine& line, char chain, File pdb, ResolvedInput& input) {
+void CleanChain(const CommandLine& line, char chain, File pdb, ResolvedInput& input, DesignedLocks& locks) {
   input.templateName = line.chainPath + input.templateName + ".pdb";
-  File out = OpenFile(input.templateName, "w");
-  if (out == nullptr)
-    Fail(Status::kChainCopyCreate, Stream::kStdout,
-         Format("Unable to open %s: Quit!\n", input.templateName.c_str()));
+  File out = OpenCopy(input.templateName, locks);
+  if (out == nullptr) ChainCopyFailed(input);
   std::string record;
   while (ReadPiece(pdb.get(), record)) {
     if (StartsWith(record, "ATOM  ") && Column(record, kChainColumn) == chain)
@@ -69,6 +105,9 @@ void CleanChain(const CommandLine& line, char chain, File pdb, ResolvedInput& in
   }
   WriteClosingRecords(out.get());
   if (std::ferror(pdb.get()) != 0) CodeFileUnreadable(input);
+  // A copy cut short by a full disk would be judged as if it were the chain.
+  const std::string failed = CloseCopy(std::move(out), input.templateName);
+  if (!failed.empty()) ChainCopyFailed(input, failed);
 }
 
 bool HasModelRecord(std::FILE* in) {
@@ -80,7 +119,7 @@ bool HasModelRecord(std::FILE* in) {
 }
 
 // A multi-model file is read through a copy of its first model, every chain.
-void CleanModels(File pdb, ResolvedInput& input) {
+void CleanModels(File pdb, ResolvedInput& input, DesignedLocks& locks) {
   const bool multiModel = HasModelRecord(pdb.get());
   const bool unreadable = std::ferror(pdb.get()) != 0;
   pdb.reset();
@@ -95,25 +134,30 @@ void CleanModels(File pdb, ResolvedInput& input) {
   if (in == nullptr)
     Fail(Status::kModelCopyReopen, Stream::kStdout,
          Format("Quit: Unable to open %s.\n", input.pdbName.c_str()));
-  File out = OpenFile(input.templateName, "w");
-  if (out == nullptr) {
-    // The copy cannot be written here (read-only directory, say): the PDB file itself is read
-    // instead, and the reader stops at its first ENDMDL, which gives the same first model.
+  File out = OpenCopy(input.templateName, locks);
+  // The copy cannot be written here (read-only directory, say): the PDB file itself is read
+  // instead, and the reader stops at its first ENDMDL, which gives the same first model.
+  auto readFileItself = [&input] {
     input.messages.push_back(Message{
         Stream::kStdout, Format("Unable to open %s: WARNING3\n", input.templateName.c_str())});
     input.templateName = input.pdbName;
-    return;
-  }
+  };
+  if (out == nullptr) return readFileItself();
   std::string record;
   while (ReadPiece(in.get(), record)) {
     if (StartsWith(record, "END")) break;
     if (StartsWith(record, "ATOM  ")) WriteRecord(out.get(), record);
   }
   WriteClosingRecords(out.get());
+  const std::string failed = CloseCopy(std::move(out), input.templateName);
+  if (failed.empty()) return;
+  input.messages.push_back(Message{
+      Stream::kStderr, Format("quarnel: cannot write %s: %s\n", input.templateName.c_str(), failed.c_str())});
+  readFileItself();
 }
 
 // PassName and CleanPDB: the code, its file, and the copy the run reads.
-void ResolveCode(const CommandLine& line, ResolvedInput& input) {
+void ResolveCode(const CommandLine& line, ResolvedInput& input, DesignedLocks& locks) {
   std::string name = line.input;
   char chain = kNoChain;
   if (name.size() == kCodeWithChainLength) {
@@ -129,16 +173,16 @@ void ResolveCode(const CommandLine& line, ResolvedInput& input) {
   chain = ToUpper(chain);
   input.chain = static_cast<unsigned char>(chain);
   if (chain != kNoChain)
-    CleanChain(line, chain, std::move(pdb), input);
+    CleanChain(line, chain, std::move(pdb), input, locks);
   else
-    CleanModels(std::move(pdb), input);
+    CleanModels(std::move(pdb), input, locks);
 }
 
 }  // namespace
 
 bool CanRead(const std::string& path) { return OpenFile(path, "r") != nullptr; }
 
-ResolvedInput ResolveInput(const CommandLine& line) {
+ResolvedInput ResolveInput(const CommandLine& line, DesignedLocks& locks) {
   ResolvedInput input;
   if (CanRead(line.input)) {
     // A named file: the entry is its name up to the first '.', wherever that stands.
@@ -151,7 +195,7 @@ ResolvedInput ResolveInput(const CommandLine& line) {
   }
   input.base = line.input;
   input.entry = line.input;
-  ResolveCode(line, input);
+  ResolveCode(line, input, locks);
   return input;
 }
 

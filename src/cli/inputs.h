@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/status.h"
+#include "cli/designed_locks.h"
 #include "cli/options.h"
 
 namespace quarnel {
@@ -21,7 +22,8 @@ struct ResolvedInput {
   std::vector<Message> messages;  // warnings met while copying
 };
 
-ResolvedInput ResolveInput(const CommandLine& line);
+// Resolves the input; the chain or model copy it writes is locked in `locks` for the run.
+ResolvedInput ResolveInput(const CommandLine& line, DesignedLocks& locks);
 
 bool CanRead(const std::string& path);
 

@@ -140,23 +140,53 @@ void JsonList::Push(const std::string& json) {
   items_ += json;
 }
 
-std::string JsonLeadingString(const std::string& line, const std::string& key) {
-  const std::string opening = "{" + JsonString(key) + ":\"";
-  if (line.compare(0, opening.size(), opening) != 0) return "";
-  std::string value;
-  for (size_t at = opening.size(); at < line.size();) {
+namespace {
+
+// The JSON string starting at `at` (its opening quote), decoded; false when it is not one.
+bool ReadString(const std::string& line, size_t& at, std::string& value) {
+  if (at >= line.size() || line[at] != '"') return false;
+  value.clear();
+  for (++at; at < line.size();) {
     const char c = line[at++];
-    if (c == '"') return value;
+    if (c == '"') return true;
     if (c != '\\') {
       value += c;
     } else if (at < line.size() && line[at] == 'u') {
       ++at;
-      if (!ReadUnicodeEscape(line, at, value)) return "";
+      if (!ReadUnicodeEscape(line, at, value)) return false;
     } else if (at < line.size()) {
       value += SimpleUnescape(line[at++]);
     }
   }
-  return "";  // no closing quote
+  return false;  // no closing quote
+}
+
+bool Skip(const std::string& line, size_t& at, const std::string& text) {
+  if (line.compare(at, text.size(), text) != 0) return false;
+  at += text.size();
+  return true;
+}
+
+}  // namespace
+
+bool JsonLeadingStrings(const std::string& line, const std::vector<std::string>& keys,
+                        std::vector<std::string>& values) {
+  values.assign(keys.size(), std::string());
+  size_t at = 0;
+  if (!Skip(line, at, "{")) return false;
+  for (size_t k = 0; k < keys.size(); ++k) {
+    if (k > 0 && !Skip(line, at, ",")) return false;
+    if (!Skip(line, at, JsonString(keys[k]) + ":")) return false;
+    if (!Skip(line, at, kJsonNull) && !ReadString(line, at, values[k])) return false;
+  }
+  return true;
+}
+
+std::string JsonRoundTrip(const std::string& text) {
+  std::string value;
+  const std::string json = JsonString(text);
+  size_t at = 0;
+  return ReadString(json, at, value) ? value : text;
 }
 
 }  // namespace quarnel

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace quarnel {
 
@@ -34,7 +35,12 @@ class JsonList {
   std::string items_;
 };
 
-// The value of `key` when the line begins {"key":"...": the string decoded; empty otherwise.
-std::string JsonLeadingString(const std::string& line, const std::string& key);
+// The values of the line's first members when they are `keys`, in that order, each a string or
+// null (read as empty): {"k1":"...","k2":null,... Decoded; false when the line does not begin so.
+bool JsonLeadingStrings(const std::string& line, const std::vector<std::string>& keys,
+                        std::vector<std::string>& values);
+
+// The text as JSON gives it back after writing it (bytes that are not UTF-8 become U+FFFD).
+std::string JsonRoundTrip(const std::string& text);
 
 }  // namespace quarnel

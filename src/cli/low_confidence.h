@@ -1,19 +1,45 @@
 // Predicted models carry their per-residue confidence (pLDDT) in the B-factor column; residues
-// below a threshold, usually disordered tails and loops, can be left out before partitioning.
+// below a threshold, usually disordered tails and loops, can be left out before partitioning,
+// and must then lie in no domain's ranges.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
+
+#include "run/chain.h"
 
 namespace quarnel {
 
-struct ConfidentText {
-  std::string text;  // the structure's lines without the residues left out
-  int leftOut = 0;   // residues left out
+// A residue as the structure reader groups ATOM records: one residue number and insertion code.
+struct ResidueMark {
+  int32_t resnum;
+  char icode;
+  bool kept;
 };
 
-// Leaves out the ATOM records of every residue (a run of records with one residue number and
-// insertion code, as the reader groups them) whose confidence is below `threshold`: the
-// B-factor of its CA, or of its first record when it has no CA. Other lines stay as they are.
+struct ConfidentText {
+  std::string text;                 // the structure's lines without the residues left out
+  int leftOut = 0;                  // residues left out
+  std::vector<ResidueMark> marks;   // every residue in file order
+};
+
+// Leaves out every residue whose confidence is below `threshold`: the B-factor of its CA, or
+// of its first ATOM record when it has no CA. A residue is a run of ATOM records with one
+// number and insertion code, as the reader groups them; the ANISOU, SIGATM and SIGUIJ records
+// among them go with them, and count for nothing. Other lines stay as they are.
 ConfidentText LeaveOutLowConfidence(const std::string& text, double threshold);
+
+// Per residue of `residues` (chain order, as a run leaves them): whether a residue left out
+// lies between it and the one before.
+std::vector<bool> GapsBefore(const std::vector<Residue>& residues, const std::vector<ResidueMark>& marks);
+
+// Cuts every domain segment of the result (reported and as found) where residues were left
+// out, so that no range spans them, and writes the report line again.
+void SplitAtGaps(ChainResult& result, const std::vector<bool>& gapBefore, const std::string& entry);
+
+// Whether the B-factors look like a predicted model's pLDDT: one value for all atoms of a
+// residue, between 0 and 100, varying along the chain.
+bool LooksLikePlddt(const std::string& text);
 
 }  // namespace quarnel

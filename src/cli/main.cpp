@@ -11,9 +11,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <new>
 
 #include "cli/batch.h"
+#include "cli/batch_inputs.h"
 #include "cli/command.h"
 #include "cli/inputs.h"
 #include "cli/lookup.h"
@@ -76,9 +78,29 @@ std::string ChainsOf(const std::string& path) {
   }
 }
 
+// Lines that end in CR alone (classic Mac OS) read as one long line, cut into pieces that are
+// almost never ATOM records: the run then fails as a CA-only model would.
+bool CrOnlyLineEnds(const std::string& path) {
+  std::FILE* file = std::fopen(path.c_str(), "rb");
+  if (file == nullptr) return false;
+  char head[1 << 16];
+  const size_t read = std::fread(head, 1, sizeof head, file);
+  std::fclose(file);
+  const std::string text(head, read);
+  return text.find('\r') != std::string::npos && text.find('\n') == std::string::npos;
+}
+
 // A designed failure may carry one more stderr line saying what to do about it.
-std::string HintFor(const Failure& failure, const CommandLine& line, const ResolvedInput& input) {
+std::string HintFor(const Failure& failure, const CommandLine& line, const ResolvedInput& input,
+                    const ShellDssp* dssp) {
   switch (failure.status()) {
+    case Status::kInputOpen:
+      return dssp != nullptr ? dssp->unreadableHint() : std::string();
+    case Status::kTooFewAtoms:
+      if (!CrOnlyLineEnds(input.templateName)) return std::string();
+      return Format("quarnel: %s ends its lines with CR alone (old Mac OS line ends), which reads as "
+                    "one long line: convert them first (tr '\\r' '\\n')",
+                    input.templateName.c_str());
     case Status::kDsspPathUnset:
       return "quarnel: DSSP is built into quarnel: add --dssp builtin to use it, or set "
              "DSSP_PATH to a DSSP program";
@@ -107,25 +129,28 @@ std::string HintFor(const Failure& failure, const CommandLine& line, const Resol
 
 // The classic run of one input, as designed.
 int RunDesigned(const CommandLine& line) {
+  // Held until the DSSP output is removed: runs side by side that share a file wait.
+  DesignedLocks locks;
   ResolvedInput input;
   RunContext context;
+  std::unique_ptr<ShellDssp> dssp;
   try {
-    input = ResolveInput(line);
+    input = ResolveInput(line, locks);
     PrintAll(input.messages);
 
     const FileSource lines(input.templateName);
     const ChainInput chain{&lines, input.entry, input.chain, input.pdbName};
     // An earlier DSSP output is reused only for a code, never beside a named file.
-    ShellDssp dssp(input.templateName, input.base + ".dssp", !input.namedFile);
+    dssp = std::make_unique<ShellDssp>(input.templateName, input.base + ".dssp", !input.namedFile, locks);
     WorkerPool workers(EngineThreads());
     context.workers = &workers;
-    const ChainResult result = RunChain(chain, line.params, &dssp, context);
+    const ChainResult result = RunChain(chain, line.params, dssp.get(), context);
     PrintAll(context.messages);
     std::fputs(result.report.c_str(), stdout);
   } catch (const Failure& failure) {
     PrintAll(context.messages);
     throw Failure(failure.status(), failure.stream(), failure.what(),
-                  failure.hint().empty() ? HintFor(failure, line, input) : failure.hint());
+                  failure.hint().empty() ? HintFor(failure, line, input, dssp.get()) : failure.hint());
   }
   // The DSSP output of this run is removed; a run without DSSP (-noss) has none, and must not
   // remove a file of that name that it never wrote or read.
@@ -153,14 +178,18 @@ bool FrontEndInput(const CommandLine& line, BatchOptions& batch) {
   const std::string& name = line.input;
   if (CanRead(name)) {
     if (!GzipOrMmcif(name)) return false;
+  } else if (name == kStandardInput) {
+    if (CanRead(line.pdbPath + name + ".pdb")) return false;  // "-" as the code of a file "-.pdb"
   } else {
     const std::string code = name.substr(0, 4);
     if (CanRead(line.pdbPath + code + ".pdb") || FindCodeFile(line.pdbPath, code).empty()) return false;
   }
   batch.params = line.params;
+  batch.given = line.params;
   batch.pdbPath = line.pdbPath;
   batch.inputs = {name};
   batch.jobs = 1;
+  batch.wholeFile = true;
   return true;
 }
 
@@ -182,6 +211,14 @@ int RunBatchOrHandOff(const BatchOptions& batch, const char* const* argv) {
   std::fprintf(stderr, "quarnel: DSSP's library is in %s, which cannot be run (%s); set DSSP_PATH "
                "to a DSSP program, or add -noss\n", path.c_str(), std::strerror(errno));
   return kNoDsspLibrary;
+}
+
+// The status, unless what was printed on standard output could not all be written (a full disk
+// under a redirection): a report lost must not end as a success.
+int FlushedOutput(int status) {
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
+  std::fprintf(stderr, "quarnel: cannot write standard output: %s\n", std::strerror(errno));
+  return static_cast<int>(Status::kWriteFailed);
 }
 
 int Run(int argc, const char* const* argv) {
@@ -215,7 +252,7 @@ int main(int argc, char** argv) {
   mallopt(M_MMAP_THRESHOLD, 32 << 20);
   mallopt(M_TRIM_THRESHOLD, 64 << 20);
   try {
-    return quarnel::Run(argc, argv);
+    return quarnel::FlushedOutput(quarnel::Run(argc, argv));
   } catch (const quarnel::Failure& failure) {
     return quarnel::PrintFailure(failure);
   } catch (const std::bad_alloc&) {

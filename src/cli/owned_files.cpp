@@ -39,7 +39,10 @@ bool WriteAll(int fd, const std::string& text) {
   while (done < text.size()) {
     const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
     if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) return false;
+    if (n <= 0) {
+      if (n == 0) errno = ENOSPC;
+      return false;
+    }
     done += static_cast<size_t>(n);
   }
   return true;
@@ -48,29 +51,68 @@ bool WriteAll(int fd, const std::string& text) {
 // A few thousand names is far more than chains writing beside each other at once can take.
 constexpr int kTemporaryNameTries = 4096;
 
-// Creates a fresh file beside `path` (exclusive creation, so two writers never share one, with
-// the permissions the umask gives any new file); its descriptor, or -1.
-int CreateTemporary(const std::string& path, std::string& name) {
+std::string TemporaryName(const std::string& path, int k) {
   const fs::path target(path);
-  const std::string stem =
-      (target.parent_path() / ("." + target.filename().string())).string() +
-      Format(".%ld.", static_cast<long>(::getpid()));
-  for (int k = 0; k < kTemporaryNameTries; ++k) {
-    name = stem + std::to_string(k) + ".tmp";
-    const int fd = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (fd >= 0 || errno != EEXIST) return fd;
-  }
-  return -1;
+  return (target.parent_path() / ("." + target.filename().string())).string() +
+         Format(".%ld.%d.tmp", static_cast<long>(::getpid()), k);
 }
 
-// Writes the text under a temporary name beside `path`; the name, or empty on failure.
-std::string WriteTemporary(const std::string& path, const std::string& text) {
-  std::string name;
-  const int fd = CreateTemporary(path, name);
-  if (fd < 0) return "";
-  const bool written = WriteAll(fd, text);
-  if (::close(fd) != 0 || !written) {
-    ::unlink(name.c_str());
+// Closes the descriptor; false, with errno set, when the close or an earlier step failed.
+bool CloseAfter(int fd, bool ok) {
+  const int saved = errno;
+  const bool closed = ::close(fd) == 0;
+  if (!ok) errno = saved;
+  return ok && closed;
+}
+
+// Makes a file under a fresh temporary name beside `path` with `make(name)`, which returns
+// false with errno set when it cannot; the name, or empty. The name is listed in `temporaries`
+// from before it exists.
+template <class Make>
+std::string UnderTemporaryName(const std::string& path, TemporaryFiles* temporaries, Make make) {
+  for (int k = 0; k < kTemporaryNameTries; ++k) {
+    const std::string name = TemporaryName(path, k);
+    if (temporaries != nullptr) temporaries->Add(name);
+    if (make(name)) return name;
+    const int reason = errno;
+    if (temporaries != nullptr) temporaries->Forget(name);
+    errno = reason;
+    if (reason != EEXIST) break;
+  }
+  return "";
+}
+
+// The text in a complete file under a temporary name beside `path`; the name, or empty with
+// errno set. Written to an unnamed file first where the file system has them, so that a run
+// killed while writing leaves nothing.
+std::string WriteTemporary(const std::string& path, const std::string& text, TemporaryFiles* temporaries) {
+  std::string folder = fs::path(path).parent_path().string();
+  if (folder.empty()) folder = ".";
+  const int unnamed = ::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666);
+  if (unnamed < 0) {
+    if (errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL) return "";
+    return UnderTemporaryName(path, temporaries, [&](const std::string& name) {
+      const int fd = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+      if (fd < 0) return false;
+      if (CloseAfter(fd, WriteAll(fd, text))) return true;
+      const int reason = errno;
+      ::unlink(name.c_str());
+      errno = reason;
+      return false;
+    });
+  }
+  if (!WriteAll(unnamed, text)) {
+    CloseAfter(unnamed, false);
+    return "";
+  }
+  const std::string self = Format("/proc/self/fd/%d", unnamed);
+  const std::string name = UnderTemporaryName(path, temporaries, [&](const std::string& candidate) {
+    return ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, candidate.c_str(), AT_SYMLINK_FOLLOW) == 0;
+  });
+  if (!CloseAfter(unnamed, !name.empty())) {
+    const int reason = errno;
+    if (!name.empty()) ::unlink(name.c_str());
+    errno = reason;
     return "";
   }
   return name;
@@ -84,23 +126,27 @@ bool MakeFolder(const std::string& folder, WrittenFiles& written) {
   if (!error && fs::is_directory(folder, error)) return true;
   written.errors.push_back("cannot make the folder " + folder + ": " +
                            (error ? error.message() : std::string("not a directory")));
+  written.writeFailed = true;
   return false;
 }
 
-void WriteOwnedFile(const std::string& path, const std::string& text, WrittenFiles& written) {
+void WriteOwnedFile(const std::string& path, const std::string& text, WrittenFiles& written,
+                    TemporaryFiles* temporaries) {
   const std::string refusal = Refusal(path, FirstLine(text));
   if (!refusal.empty()) {
     written.errors.push_back(refusal);
     return;
   }
-  const std::string temporary = WriteTemporary(path, text);
+  const std::string temporary = WriteTemporary(path, text, temporaries);
   if (temporary.empty() || std::rename(temporary.c_str(), path.c_str()) != 0) {
     const int reason = errno;
     if (!temporary.empty()) ::unlink(temporary.c_str());
     written.errors.push_back("cannot write " + path + ": " + std::strerror(reason));
-    return;
+    written.writeFailed = true;
+  } else {
+    written.paths.push_back(path);
   }
-  written.paths.push_back(path);
+  if (!temporary.empty() && temporaries != nullptr) temporaries->Forget(temporary);
 }
 
 }  // namespace quarnel

@@ -12,9 +12,12 @@ namespace quarnel {
 bool MakeFolder(const std::string& folder, WrittenFiles& written);
 
 // Writes `text` as `path`. An existing file is replaced only when its first line equals the
-// text's first line, which names the kind of file, the input and the chain; the new text goes
-// to a temporary file in the same folder first and is renamed over the name, so a run killed
-// midway never leaves a half-written file under it.
-void WriteOwnedFile(const std::string& path, const std::string& text, WrittenFiles& written);
+// text's first line, which names the kind of file, the input and the chain. The new text goes
+// to an unnamed file in the same folder first (a killed run leaves nothing of it), which is
+// named and renamed over the name once complete, so no one ever finds a half-written file
+// under it. Where the file system has no unnamed files, a named temporary one is used, listed
+// in `temporaries` until renamed.
+void WriteOwnedFile(const std::string& path, const std::string& text, WrittenFiles& written,
+                    TemporaryFiles* temporaries);
 
 }  // namespace quarnel

@@ -8,7 +8,7 @@
 #include "cli/json_text.h"
 #include "cli/owned_files.h"
 #include "cli/palette.h"
-#include "cli/result_formats.h"
+#include "cli/chain_domains.h"
 
 namespace quarnel {
 
@@ -224,21 +224,20 @@ std::string StructureCopy(const ChainOutcome& outcome) {
   return text + "END\n";
 }
 
-std::string AbsoluteFolder(const std::string& folder) {
-  std::error_code error;
-  const std::filesystem::path path = std::filesystem::absolute(folder, error);
-  return error ? folder : path.lexically_normal().string();
+// The name a chain's picture files share.
+std::string FileStem(const ChainOutcome& outcome) {
+  return SafeFileName(outcome.fileStem.empty() ? outcome.entry : outcome.fileStem);
 }
 
-WrittenFiles WriteScript(const ChainOutcome& outcome, const std::string& folder,
-                         const char* suffix,
-                         std::string (*script)(const ChainOutcome&, const std::string&)) {
+WrittenFiles WriteScript(const ChainOutcome& outcome, const std::string& folder, const char* suffix,
+                         std::string (*script)(const ChainOutcome&, const std::string&),
+                         TemporaryFiles* temporaries) {
   WrittenFiles written;
   if (!outcome.ok || !MakeFolder(folder, written)) return written;
-  const std::string name = SafeFileName(outcome.entry);
-  const std::string copy = InFolder(AbsoluteFolder(folder), name + ".pdb");
-  WriteOwnedFile(copy, StructureCopy(outcome), written);
-  if (written.errors.empty()) WriteOwnedFile(InFolder(folder, name + suffix), script(outcome, copy), written);
+  const std::string name = FileStem(outcome);
+  WriteOwnedFile(InFolder(folder, name + ".pdb"), StructureCopy(outcome), written, temporaries);
+  if (written.errors.empty())
+    WriteOwnedFile(InFolder(folder, name + suffix), script(outcome, name + ".pdb"), written, temporaries);
   return written;
 }
 
@@ -252,13 +251,18 @@ std::string SafeFileName(const std::string& entry) {
   return name;
 }
 
-std::string PymolScript(const ChainOutcome& outcome, const std::string& structurePath) {
-  const std::vector<ChainDomain> domains = ChainDomains(outcome.result);
+std::string PymolScript(const ChainOutcome& outcome, const std::string& structureFile) {
+  const std::vector<ChainDomain> domains = ChainDomains(outcome);
   const std::vector<int> places = DomainPlaces(outcome.result);
   const std::string object = PymolObject(outcome.entry);
   std::string text = "# quarnel PyMOL script of " + Provenance(outcome) + "\n";
   text += "# " + DomainSummary(outcome, domains) + "\n";
-  text += "cmd.load(" + JsonString(structurePath) + ", \"" + object + "\")\n";
+  // PyMOL opens a relative name from its working folder, not the script's: the script finds
+  // its own folder (PyMOL keeps the script being run in cmd._pymol.__script__).
+  text += "python\nimport os\n";
+  text += "cmd.load(os.path.join(os.path.dirname(getattr(cmd._pymol, \"__script__\", \"\") or \"\"), " +
+          JsonString(structureFile) + "), \"" + object + "\")\n";
+  text += "python end\n";
   text += "hide everything, " + object + "\nshow cartoon, " + object + "\n";
   text += PymolSetColour(-1) + "color " + PymolColourName(-1) + ", " + object + "\n";
   for (size_t place = 0; place < domains.size() && place < kDomainColourCount; ++place)
@@ -269,12 +273,13 @@ std::string PymolScript(const ChainOutcome& outcome, const std::string& structur
   return text + "orient " + object + "\n";
 }
 
-std::string ChimeraxScript(const ChainOutcome& outcome, const std::string& structurePath) {
-  const std::vector<ChainDomain> domains = ChainDomains(outcome.result);
+std::string ChimeraxScript(const ChainOutcome& outcome, const std::string& structureFile) {
+  const std::vector<ChainDomain> domains = ChainDomains(outcome);
   const std::vector<int> places = DomainPlaces(outcome.result);
   std::string text = "# quarnel ChimeraX script of " + Provenance(outcome) + "\n";
   text += "# " + DomainSummary(outcome, domains) + "\n";
-  text += "open " + ChimeraxQuoted(structurePath) + "\n";
+  // ChimeraX opens the names in a command file from the file's own folder.
+  text += "open " + ChimeraxQuoted(structureFile) + "\n";
   text += "hide atoms\nshow cartoons\ncolor protein " + HexColour(kNoDomainColour) + "\n";
   for (size_t place = 0; place < domains.size(); ++place)
     text += ChimeraxColourDomain(DomainRuns(outcome.result, places, static_cast<int>(place)),
@@ -283,7 +288,7 @@ std::string ChimeraxScript(const ChainOutcome& outcome, const std::string& struc
 }
 
 std::string DomainPdb(const ChainOutcome& outcome, int place) {
-  const std::vector<ChainDomain> domains = ChainDomains(outcome.result);
+  const std::vector<ChainDomain> domains = ChainDomains(outcome);
   const std::vector<int> places = DomainPlaces(outcome.result);
   const std::string id = DomainId(outcome.entry, place);
   std::string text = "REMARK 999 quarnel domain " + id + " of " + Provenance(outcome) + "\n";
@@ -299,30 +304,31 @@ std::string DomainPdb(const ChainOutcome& outcome, int place) {
   return text + (chain != 0 ? "TER\nEND\n" : "END\n");
 }
 
-WrittenFiles WritePymol(const ChainOutcome& outcome, const std::string& folder) {
-  return WriteScript(outcome, folder, ".pml", PymolScript);
+WrittenFiles WritePymol(const ChainOutcome& outcome, const std::string& folder, TemporaryFiles* temporaries) {
+  return WriteScript(outcome, folder, ".pml", PymolScript, temporaries);
 }
 
-WrittenFiles WriteChimerax(const ChainOutcome& outcome, const std::string& folder) {
-  return WriteScript(outcome, folder, ".cxc", ChimeraxScript);
+WrittenFiles WriteChimerax(const ChainOutcome& outcome, const std::string& folder, TemporaryFiles* temporaries) {
+  return WriteScript(outcome, folder, ".cxc", ChimeraxScript, temporaries);
 }
 
-WrittenFiles WriteDomainFiles(const ChainOutcome& outcome, const std::string& folder) {
+WrittenFiles WriteDomainFiles(const ChainOutcome& outcome, const std::string& folder,
+                              TemporaryFiles* temporaries) {
   WrittenFiles written;
   if (!outcome.ok || !MakeFolder(folder, written)) return written;
-  const size_t count = ChainDomains(outcome.result).size();
-  for (size_t place = 0; place < count; ++place) {
+  const size_t count = ChainDomains(outcome).size();
+  for (size_t place = 0; place < count && written.errors.empty(); ++place) {
     const int p = static_cast<int>(place);
-    WriteOwnedFile(InFolder(folder, SafeFileName(DomainId(outcome.entry, p)) + ".pdb"),
-                   DomainPdb(outcome, p), written);
+    WriteOwnedFile(InFolder(folder, SafeFileName(DomainId(FileStem(outcome), p)) + ".pdb"),
+                   DomainPdb(outcome, p), written, temporaries);
   }
   return written;
 }
 
-WrittenFiles WriteContactSvg(const ChainOutcome& outcome, const std::string& folder) {
+WrittenFiles WriteContactSvg(const ChainOutcome& outcome, const std::string& folder, TemporaryFiles* temporaries) {
   WrittenFiles written;
   if (!outcome.ok || !MakeFolder(folder, written)) return written;
-  WriteOwnedFile(InFolder(folder, SafeFileName(outcome.entry) + ".svg"), ContactSvg(outcome), written);
+  WriteOwnedFile(InFolder(folder, FileStem(outcome) + ".svg"), ContactSvg(outcome), written, temporaries);
   return written;
 }
 

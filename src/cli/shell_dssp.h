@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "cli/designed_locks.h"
 #include "run/chain.h"
 
 namespace quarnel {
@@ -11,17 +12,26 @@ namespace quarnel {
 class ShellDssp final : public SecondaryStructureSource {
  public:
   // `structureFile` is given to DSSP, whose output goes to `dsspFile`; an existing `dsspFile`
-  // is read without running DSSP when `mayReuse`.
-  ShellDssp(std::string structureFile, std::string dsspFile, bool mayReuse)
-      : structureFile_(std::move(structureFile)), dsspFile_(std::move(dsspFile)), mayReuse_(mayReuse) {}
+  // is read without running DSSP when `mayReuse`. The output is locked in `locks` from before
+  // DSSP writes it until the run ends.
+  ShellDssp(std::string structureFile, std::string dsspFile, bool mayReuse, DesignedLocks& locks)
+      : structureFile_(std::move(structureFile)), dsspFile_(std::move(dsspFile)), mayReuse_(mayReuse),
+        locks_(locks) {}
 
+  // DSSP's output. Where it holds no residue table (DSSP failed), a hint on standard error says
+  // that the run goes on without secondary structure.
   std::unique_ptr<LineSource> DsspOutput(const Structure& structure,
                                          std::vector<Message>& messages) override;
+
+  // Why DSSP's output could not be read, for the hint of that failure; empty when it could.
+  const std::string& unreadableHint() const { return unreadableHint_; }
 
  private:
   std::string structureFile_;
   std::string dsspFile_;
   bool mayReuse_;
+  DesignedLocks& locks_;
+  std::string unreadableHint_;
 };
 
 // Runs a command through the shell; neither its status nor its output changes the run.

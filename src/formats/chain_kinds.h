@@ -22,6 +22,8 @@ std::vector<ChainKind> ClassifyChains(gemmi::Structure& structure);
 
 // One of the twenty amino acids or the standard nucleotides, by gemmi's residue table.
 bool IsStandardResidue(const std::string& name);
+// An amino acid (standard or modified, as MSE), by gemmi's residue table.
+bool IsAminoAcid(const std::string& name);
 
 // The same for PDB text, read with gemmi's PDB reader. Only the first model's ATOM, HETATM and
 // TER records are handed to it, as quarnel's reader sees them, so that header records or

@@ -147,11 +147,45 @@ cif::Block* AtomBlock(cif::Document& document) {
   return nullptr;
 }
 
-void MarkProteins(cif::Block& block, std::vector<ChainKind>& chains) {
+// gemmi gives no table when a coordinate column is missing; which one it is, in plain words.
+void RequireCoordinates(cif::Block& block, const cif::Table& table) {
+  if (table.ok()) return;
+  for (const char* axis : {"Cartn_x", "Cartn_y", "Cartn_z"})
+    if (block.find_values(std::string("_atom_site.") + axis).length() == 0)
+      throw std::runtime_error(std::string("its atom table has no _atom_site.") + axis +
+                               " column: atoms without coordinates cannot be placed");
+  throw std::runtime_error("its atom table cannot be read");
+}
+
+// A block with atom sites but no Cartn_x column, for the message that says so.
+bool HasAtomSites(cif::Document& document) {
+  for (cif::Block& block : document.blocks)
+    if (block.find_values("_atom_site.id").length() > 0 || block.find_values("_atom_site.group_PDB").length() > 0)
+      return true;
+  return false;
+}
+
+// Chains gemmi's model does not hold (a file without chain ids gives it none) are proteins when
+// most of their polymer atom sites belong to amino acids.
+void MarkByResidues(const std::vector<AtomSite>& sites, size_t chain, ChainKind& kind) {
+  size_t amino = 0, polymer = 0;
+  for (const AtomSite& site : sites) {
+    if (site.chain != chain || !site.polymer) continue;
+    ++polymer;
+    amino += IsAminoAcid(site.residue) ? 1 : 0;
+  }
+  kind.protein = polymer > 0 && 2 * amino > polymer;
+}
+
+void MarkProteins(cif::Block& block, MmcifAtoms& atoms) {
   gemmi::Structure structure = gemmi::make_structure_from_block(block);
-  for (const ChainKind& kind : ClassifyChains(structure))
-    for (ChainKind& chain : chains)
-      if (chain.id == kind.id) chain.protein = kind.protein;
+  const std::vector<ChainKind> kinds = ClassifyChains(structure);
+  for (size_t i = 0; i < atoms.chains.size(); ++i) {
+    ChainKind& chain = atoms.chains[i];
+    auto known = std::find_if(kinds.begin(), kinds.end(), [&](const ChainKind& k) { return k.id == chain.id; });
+    if (known != kinds.end()) chain.protein = known->protein;
+    else MarkByResidues(atoms.sites, i, chain);
+  }
 }
 
 }  // namespace
@@ -159,10 +193,14 @@ void MarkProteins(cif::Block& block, std::vector<ChainKind>& chains) {
 MmcifAtoms ReadMmcifAtoms(const std::string& text, const std::string& name) {
   cif::Document document = cif::read_memory(text.data(), text.size(), name.c_str());
   cif::Block* block = AtomBlock(document);
+  if (block == nullptr && HasAtomSites(document))
+    throw std::runtime_error("its atom table has no _atom_site.Cartn_x column: atoms without "
+                             "coordinates cannot be placed");
   if (block == nullptr) throw NoAtomSites("holds no atoms (mmCIF without atom sites)");
 
   std::map<std::string, bool> polymerEntities = PolymerEntities(*block);
   cif::Table table = block->find("_atom_site.", AtomSiteTags());
+  RequireCoordinates(*block, table);
   int asymColumn = table.first_of(kAuthAsym, kLabelAsym);
   MmcifAtoms atoms;
   std::string firstModel;
@@ -177,7 +215,7 @@ MmcifAtoms ReadMmcifAtoms(const std::string& text, const std::string& name) {
     atoms.sites.push_back(ReadSite(row, polymerEntities, atoms.chains, asymColumn));
   }
   if (atoms.sites.empty()) throw NoAtomSites("holds no atoms (empty mmCIF atom table)");
-  MarkProteins(*block, atoms.chains);
+  MarkProteins(*block, atoms);
   return atoms;
 }
 

@@ -77,6 +77,11 @@ bool HasAtomRecords(std::string_view text) {
   return found;
 }
 
+bool CrOnlyLineEnds(std::string_view text) {
+  const std::string_view head = text.substr(0, kBinarySniffLength);
+  return head.find('\r') != std::string_view::npos && head.find('\n') == std::string_view::npos;
+}
+
 bool LooksBinary(std::string_view bytes) {
   return bytes.substr(0, kBinarySniffLength).find('\0') != std::string_view::npos;
 }
@@ -120,6 +125,9 @@ StructureFile::StructureFile(const std::string& name, const std::string& bytes) 
   if (IsMmcif(text)) {
     format_ = StructureFormat::kMmcif;
     LoadMmcif(text);
+  } else if (CrOnlyLineEnds(text)) {
+    Fail("its lines end with CR alone (old Mac OS line ends), which read as one long line: "
+         "convert them first (tr '\\r' '\\n')");
   } else if (HasAtomRecords(text)) {
     format_ = StructureFormat::kPdb;
     LoadPdb(std::move(text));

@@ -3,7 +3,6 @@
 #include "run/chain.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "confidence/assessment.h"
 #include "structure/dssp_reader.h"
@@ -12,9 +11,10 @@ namespace quarnel {
 
 namespace {
 
+// The chain as given, letter case included: a file's chain "a" is not its chain "A" (the
+// classic run gives its code's letter in upper case already).
 char JudgedChain(const ChainInput& input, const Structure& structure) {
-  if (input.chain != kFirstResidueChain)
-    return static_cast<char>(std::toupper(static_cast<unsigned char>(input.chain)));
+  if (input.chain != kFirstResidueChain) return static_cast<char>(input.chain);
   return structure.size() > 0 ? structure.residues[0].chain : ' ';
 }
 

@@ -82,7 +82,7 @@ const ContractRow kRows[] = {
      "quarnel: 1isu.pdb: no chain Z (chains: A, B)\nquarnel: 1 of 1 chain failed\n", "1isu.pdb"},
     {"several inputs: each reported, nothing written",
      {{"1crn.pdb", "data:1crn.pdb"}, {"1isu.pdb", "data:1isu.pdb"}}, {"-noss", "1crn.pdb", "1isu.pdb"},
-     nullptr, 0, "1crn\t46\t1\n1isu\t124\t2\t (1-62) (1-62)\n", "", "1crn.pdb 1isu.pdb"},
+     nullptr, 0, "1crnA\t46\t1\n1isuA\t62\t1\n1isuB\t62\t1\n", "", "1crn.pdb 1isu.pdb"},
     {"a text file in a batch: named, with the reason", {{"notes.txt", "no atoms here\n"}},
      {"--each-chain", "notes.txt"}, nullptr, 3, "",
      "quarnel: notes.txt: holds no atoms (no ATOM or HETATM records, no mmCIF data block)\n"
@@ -90,8 +90,8 @@ const ContractRow kRows[] = {
     {"a code kept in the archive's divided layout, gzip", {{"w8/2w83.pdb.gz", "data:formats/2w83_c.pdb.gz"}},
      {"-noss", "2w83C"}, nullptr, 0, "2w83C\t8\t1\n", "", "w8/"},
     {"a predicted model: low-confidence residues left out", {{"1crn.pdb", "data:1crn.pdb"}},
-     {"-noss", "--min-plddt", "5", "1crn.pdb"}, nullptr, 0, "1crn\t28\t1\n",
-     "quarnel: 1crn: left out 18 residues below pLDDT 5\n", "1crn.pdb"},
+     {"-noss", "--min-plddt", "5", "1crn.pdb"}, nullptr, 0, "1crnA\t28\t1\n",
+     "quarnel: 1crnA: left out 18 of 46 residues below pLDDT 5\n", "1crn.pdb"},
     {"a mistyped long option: a hint", {}, {"--chian", "A", "x.pdb"}, nullptr, 2, "",
      "quarnel: unknown option --chian\nquarnel: did you mean --chain? ('quarnel --help' lists "
      "every option)\n", ""},
@@ -107,8 +107,10 @@ const ContractRow kRows[] = {
      {{"my 1'rmd.pdb", "data:1rmd.pdb"}, {"stored.dssp", "data:1rmd.dssp"}, {"fake-dssp", kStandInDssp}},
      {"-md", "3", "my 1'rmd.pdb"}, "./fake-dssp", 0, "my 1'rmd\t116\t3\t (34-76) (1-33;77-87) (88-116)\n", "",
      "dssp.log fake-dssp my 1'rmd.pdb stored.dssp"},
-    {"a DSSP that fails: no secondary structure", {{"1rmd.pdb", "data:1rmd.pdb"}}, {"-md", "3", "1rmd.pdb"}, "false",
-     0, kWithoutTable, "", "1rmd.pdb dssp.log"},
+    {"a DSSP that fails: no secondary structure, and a hint", {{"1rmd.pdb", "data:1rmd.pdb"}}, {"-md", "3", "1rmd.pdb"},
+     "false", 0, kWithoutTable,
+     "quarnel: 1rmd.dssp holds no residue table: DSSP failed (its messages are in dssp.log); the run goes on "
+     "without secondary structure; --dssp builtin uses the DSSP built into quarnel\n", "1rmd.pdb dssp.log"},
     {"a DSSP output beside a named file is not reused", {{"1rmd.pdb", "data:1rmd.pdb"}, {"1rmd.dssp", "data:1rmd.dssp"}},
      {"-md", "3", "1rmd.pdb"}, nullptr, 1, kDsspUnset, kDsspHint, "1rmd.dssp 1rmd.pdb"},
     {"a code's earlier DSSP output is reused, then removed",

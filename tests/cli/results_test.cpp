@@ -6,10 +6,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 #include "cli/pictures.h"
 #include "cli/result_formats.h"
+#include "cli/resume.h"
 
 namespace quarnel {
 namespace {
@@ -77,6 +79,9 @@ ChainOutcome HandMade(const std::vector<Res>& chain, int32_t domains, Verdict ve
   ChainOutcome outcome;
   outcome.ok = true;
   outcome.entry = "1abcA";
+  outcome.input = "in/1abc.pdb";
+  outcome.chainId = "A";
+  outcome.mode = "classic";
   outcome.seconds = 1.25;
   ChainResult& result = outcome.result;
   for (size_t i = 0; i < chain.size(); ++i) {
@@ -105,6 +110,12 @@ const std::vector<Res> kSplitChain = {
     {-3, ' ', 1, "ALA"}, {-2, ' ', 1, "GLY"}, {10, ' ', 1, "MSE"}, {11, ' ', 0, "TRP"},
     {52, ' ', 0, "ALA"}, {52, 'A', 1, "ALA"}, {60, ' ', 1, "ALA"}};
 
+ChainOutcome LeftOutBefore(ChainOutcome outcome, size_t position) {
+  outcome.gapBefore.assign(outcome.result.structure.residues.size(), false);
+  outcome.gapBefore[position] = true;
+  return outcome;
+}
+
 TEST(ResultRows, ChoppingConfidenceAndOrder) {
   struct Case {
     const char* name;
@@ -112,12 +123,16 @@ TEST(ResultRows, ChoppingConfidenceAndOrder) {
     const char* row;  // the TSV row after the sequence MD5
   };
   const Case cases[] = {
-      {"two domains, one discontinuous", HandMade(kSplitChain, 2, Verdict::kAcceptedFirst, {40.f, 94.1f}),
-       "7\t2\t-3-10_52A-60,11-52\t94.1,40.0\taccepted at first\t1.250\n"},
+      {"two domains, one discontinuous: the chain as good as its weakest domain",
+       HandMade(kSplitChain, 2, Verdict::kAcceptedFirst, {40.f, 94.1f}),
+       "7\t2\t-3-10_52A-60,11-52\t0.400\t1.250\taccepted at first\tin/1abc.pdb\tA\t0.941,0.400\tclassic\n"},
       {"relaxed, not judged", HandMade(kSplitChain, 2, Verdict::kRelaxed, {}),
-       "7\t2\t-3-10_52A-60,11-52\t-\trelaxed\t1.250\n"},
+       "7\t2\t-3-10_52A-60,11-52\tNULL\t1.250\trelaxed\tin/1abc.pdb\tA\tNULL\tclassic\n"},
       {"one domain: the whole chain", HandMade(kSplitChain, 1, Verdict::kRejected, {}),
-       "7\t1\t-3-60\t-\trejected\t1.250\n"},
+       "7\t1\t-3-60\tNULL\t1.250\trejected\tin/1abc.pdb\tA\tNULL\tclassic\n"},
+      {"one domain, residues left out before 11: no range spans them",
+       LeftOutBefore(HandMade(kSplitChain, 1, Verdict::kRejected, {}), 3),
+       "7\t1\t-3-10_11-60\tNULL\t1.250\trejected\tin/1abc.pdb\tA\tNULL\tclassic\n"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
@@ -150,51 +165,60 @@ TEST(JsonRows, ParseBackWithPython) {
   const Command parsed = Shell(
       "python3 -c 'import json,sys\n"
       "r = json.loads(open(sys.argv[1], encoding=\"utf-8\").read())\n"
-      "print(ascii(r[\"entry\"]), r[\"verdict\"], r[\"chopping\"], r[\"chain\"])\n"
+      "print(ascii(r[\"chain_id\"]), r[\"verdict\"], r[\"chopping\"], r[\"chain\"], r[\"confidence\"], r[\"mode\"])\n"
       "for d in r[\"domains\"]: print(ascii(d[\"id\"]), d[\"nres\"], d[\"confidence\"], "
       "[(s[\"start\"], s[\"start_resnum\"], s[\"start_icode\"]) for s in d[\"segments\"]])' " +
       scratch.File("rows.jsonl"));
   EXPECT_EQ(parsed.out,
-            "'q\"\\\\\\t\\xe9\\ufffd' accepted after merging -3-10_52A-60,11-52 None\n"
-            "'q\"\\\\\\t\\xe9\\ufffd01' 5 94.1 [('-3', -3, ''), ('52A', 52, 'A')]\n"
-            "'q\"\\\\\\t\\xe9\\ufffd02' 2 40 [('11', 11, '')]\n");
+            "'q\"\\\\\\t\\xe9\\ufffd' accepted after merging -3-10_52A-60,11-52 A 0.4 classic\n"
+            "'q\"\\\\\\t\\xe9\\ufffd01' 5 0.941 [('-3', -3, ''), ('52A', 52, 'A')]\n"
+            "'q\"\\\\\\t\\xe9\\ufffd02' 2 0.4 [('11', 11, '')]\n");
 }
 
 // ---- resume ----
 
 TEST(Resume, CompleteLinesOnly) {
-  const std::string header = ResultHeader(ResultFormat::kTsv);
-  const std::string jsonRow = "{\"entry\":\"x\\\"y\\u00e9\",\"input\":\"a\"}\n";
+  const std::string tsv = ResultHeader(ResultFormat::kTsv, "-noss");
+  const std::string json = ResultHeader(ResultFormat::kJson, "");
+  const std::string tsvRow = "1abcA\tmd5\t7\t1\t1-7\tNULL\t0.1\tno cut\ta/1abc.pdb\tA\tNULL\tclassic\n";
+  const std::string jsonRow = "{\"input\":\"x\\\"y\\u00e9\",\"chain\":null,\"chain_id\":\"x\"}\n";
+  using Keys = std::set<ResumeKey>;
   struct Case {
     const char* name;
+    ResultFormat format;
     std::string text;
-    std::set<std::string> done;
-    bool partial;
+    Keys done;
+    bool recorded, partial;
   };
   const Case cases[] = {
-      {"tsv killed mid-row", header + "1abcA\tmd5\t7\n2xyzB\tmd5\t9\n3tr", {"1abcA", "2xyzB"}, true},
-      {"tsv complete", header + "1abcA\tmd5\t7\n", {"1abcA"}, false},
-      {"json lines, escapes", jsonRow + "{\"entry\":\"cut", {"x\"y\xC3\xA9"}, true},
-      {"classic report lines", "1crn\t46\t1\n2yexA\t269\t2\t (2-86) (87-270)\n", {"1crn", "2yexA"}, false},
-      {"header only, cut short", header.substr(0, 10), {}, true},
-      {"empty", "", {}, false},
+      {"tsv killed mid-row", ResultFormat::kTsv, tsv + tsvRow + "2xyzB\tmd5\t9", {{"a/1abc.pdb", "A"}}, true, true},
+      {"tsv complete", ResultFormat::kTsv, tsv + tsvRow, {{"a/1abc.pdb", "A"}}, true, false},
+      {"json lines, escapes, no chain", ResultFormat::kJson, json + jsonRow + "{\"input\":\"cut",
+       {{"x\"y\xC3\xA9", ""}}, true, true},
+      {"tsv of an earlier quarnel: not resumed", ResultFormat::kTsv, std::string(kTsvColumns) + tsvRow, {}, false, false},
+      {"json read as tsv", ResultFormat::kTsv, json + jsonRow, {}, false, false},
+      {"opening lines cut short: started afresh", ResultFormat::kTsv, tsv.substr(0, tsv.size() - 3), {}, false, false},
+      {"empty", ResultFormat::kJson, "", {}, false, false},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     std::istringstream in(c.text);
-    const ResumeState state = ReadResume(in);
+    const ResumeState state = ReadResume(in, c.format);
     EXPECT_EQ(state.done, c.done);
+    EXPECT_EQ(state.recorded, c.recorded);
     EXPECT_EQ(state.partialTail, c.partial);
     EXPECT_EQ(c.text.substr(0, state.completeBytes).find_last_of('\n') + 1, state.completeBytes);
   }
-  EXPECT_TRUE(ReadResumeFile("/nonexistent/quarnel/results.tsv").done.empty());
 }
 
 TEST(Resume, ReadsBackWhatWasWritten) {
   ChainOutcome outcome = HandMade(kSplitChain, 2, Verdict::kAcceptedFirst, {40.f, 94.1f});
+  outcome.input = "odd\tname \xFF.pdb";  // a tab and a byte that is not UTF-8: kept as each format keeps them
   for (ResultFormat format : {ResultFormat::kTsv, ResultFormat::kJson}) {
-    std::istringstream in(ResultHeader(format) + FormatResult(format, outcome));
-    EXPECT_EQ(ReadResume(in).done, std::set<std::string>{"1abcA"});
+    std::istringstream in(ResultHeader(format, "-md 2") + FormatResult(format, outcome));
+    const ResumeState state = ReadResume(in, format);
+    EXPECT_EQ(state.options, "-md 2");
+    EXPECT_EQ(state.done, std::set<ResumeKey>{KeyOf(format, outcome.input, "A")});
   }
 }
 
@@ -228,7 +252,7 @@ TEST(RealChain, DomainFilesHoldEveryAtomOnce) {
   ASSERT_EQ(ChainDomains(outcome.result).size(), 2u);
   EXPECT_EQ(Chopping(ChainDomains(outcome.result)), "2-86,87-270");
   Scratch scratch;
-  const WrittenFiles written = WriteDomainFiles(outcome, scratch.path());
+  const WrittenFiles written = WriteDomainFiles(outcome, scratch.path(), nullptr);
   EXPECT_TRUE(written.errors.empty());
   ASSERT_EQ(written.paths.size(), 2u);
   EXPECT_EQ(written.paths[0], scratch.File("2yexA01.pdb"));
@@ -259,7 +283,7 @@ TEST(RealChain, OverwriteOnlyOurOwnFiles) {
     SCOPED_TRACE(c.name);
     Scratch scratch;
     if (!c.existing.empty()) std::ofstream(scratch.File("2yexA.svg")) << c.existing;
-    const WrittenFiles written = WriteContactSvg(outcome, scratch.path());
+    const WrittenFiles written = WriteContactSvg(outcome, scratch.path(), nullptr);
     EXPECT_EQ(written.errors.size(), c.errors);
     EXPECT_EQ(Slurp(scratch.File("2yexA.svg")), c.errors ? c.existing : ContactSvg(outcome));
     EXPECT_EQ(std::distance(fs::directory_iterator(scratch.path()), fs::directory_iterator()), 1);
@@ -269,10 +293,12 @@ TEST(RealChain, OverwriteOnlyOurOwnFiles) {
 TEST(RealChain, PymolRunsHeadless) {
   if (!HaveTool("pymol")) GTEST_SKIP() << "pymol not found";
   Scratch scratch;
-  const WrittenFiles written = WritePymol(Run2yex(), scratch.File("with space"));
+  const WrittenFiles written = WritePymol(Run2yex(), scratch.File("with space"), nullptr);
   ASSERT_TRUE(written.errors.empty()) << written.errors.front();
+  // The folder moved, the script run from elsewhere: it loads its copy from beside it.
+  fs::rename(scratch.File("with space"), scratch.File("moved here"));
   std::ofstream(scratch.File("check.pml"))
-      << "@" << scratch.File("with space/2yexA.pml") << "\n"
+      << "@" << scratch.File("moved here/2yexA.pml") << "\n"
       << "print('counts', cmd.count_atoms('color quarnel_1') > 500, cmd.count_atoms('color quarnel_2') > 500,"
          " cmd.count_atoms('color quarnel_0 and name CA'))\n";
   const Command run = Shell("cd " + scratch.path() + " && PATH=/usr/bin:$PATH pymol -cq check.pml");
@@ -281,10 +307,40 @@ TEST(RealChain, PymolRunsHeadless) {
   EXPECT_NE(run.out.find("counts True True 0"), std::string::npos) << run.out;
 }
 
+// Text of the SVG that would run past its right edge, at the widths DejaVu Sans takes (about 7.5
+// pixels a character at 12 pixels, 10.5 at 16 bold); empty when all fits.
+std::string TextPastTheEdge(const std::string& svg) {
+  const std::regex text("<text x=\"([0-9.]+)\"[^>]*>([^<]*)</text>");
+  const std::regex width("width=\"([0-9]+)\"");
+  std::smatch match;
+  std::regex_search(svg, match, width);
+  const double edge = std::stod(match[1]);
+  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), text); it != std::sregex_iterator(); ++it) {
+    const std::string content = (*it)[2];
+    size_t characters = 0;
+    for (unsigned char c : content) characters += (c & 0xC0) != 0x80;
+    const double perCharacter = std::stod((*it)[1]) < 100 ? 10.5 : 7.5;  // the title starts at the left
+    if (std::stod((*it)[1]) + perCharacter * characters > edge) return content;
+  }
+  return "";
+}
+
+TEST(RealChain, SvgTextFitsAndBreaksAreMarked) {
+  ChainOutcome outcome = Run2yex();
+  EXPECT_EQ(ContactSvg(outcome).find("chain break"), std::string::npos);  // 2yex A has none
+  outcome.entry = "AF-P12345-F1-model_v4_with_a_long_name_that_a_pipeline_gave_it_\xC3\xA9_to_tell_runs_apartA";
+  outcome.gapBefore.assign(outcome.result.structure.residues.size(), false);
+  outcome.gapBefore[100] = true;  // residues left out between the 100th and the 101st
+  const std::string svg = ContactSvg(outcome);
+  EXPECT_EQ(TextPastTheEdge(svg), "");
+  EXPECT_NE(svg.find("chain break: residues missing"), std::string::npos);
+  EXPECT_NE(svg.find("\xE2\x80\xA6"), std::string::npos);  // the name cut in its middle
+}
+
 TEST(RealChain, SvgRenders) {
   if (!HaveTool("rsvg-convert")) GTEST_SKIP() << "rsvg-convert not found";
   Scratch scratch;
-  const WrittenFiles written = WriteContactSvg(Run2yex(), scratch.path());
+  const WrittenFiles written = WriteContactSvg(Run2yex(), scratch.path(), nullptr);
   ASSERT_EQ(written.paths.size(), 1u);
   const Command run = Shell("rsvg-convert -o " + scratch.File("map.png") + " " + written.paths[0]);
   EXPECT_EQ(run.status, 0) << run.out;

@@ -1,0 +1,49 @@
+// A batch run stopped by SIGINT or SIGTERM leaves nothing of its own behind: the temporary
+// files and folders it has open at that moment are removed, and it ends by the same signal, so
+// that its status is the usual 128 + signal.
+#pragma once
+
+#include <pthread.h>
+
+#include <atomic>
+#include <mutex>
+#include <set>
+#include <string>
+
+namespace quarnel {
+
+// Paths that exist only while the run needs them (files, or folders removed with what they
+// hold).
+class TemporaryFiles {
+ public:
+  void Add(const std::string& path);
+  // The path is no longer temporary: renamed into place, or already removed.
+  void Forget(const std::string& path);
+  // Removes every path still listed.
+  void RemoveAll();
+
+ private:
+  std::mutex mutex_;
+  std::set<std::string> paths_;
+};
+
+// While it lives, SIGINT, SIGTERM and SIGHUP are blocked in every thread started after it and
+// taken by a thread of its own, which removes `files` and ends the process by the signal. Make
+// it before any other thread of the run; processes the run starts get the signals as usual.
+class InterruptGuard {
+ public:
+  explicit InterruptGuard(TemporaryFiles& files);
+  ~InterruptGuard();
+  InterruptGuard(const InterruptGuard&) = delete;
+  InterruptGuard& operator=(const InterruptGuard&) = delete;
+
+ private:
+  void Wait();
+
+  TemporaryFiles& files_;
+  pthread_t thread_{};
+  bool started_ = false;
+  std::atomic<bool> stopping_{false};
+};
+
+}  // namespace quarnel

@@ -1,0 +1,84 @@
+// The ordered sink: one mutex, one pass over the inputs that are ready.
+#include "cli/result_sink.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "cli/result_formats.h"
+
+namespace quarnel {
+
+ResultSink::ResultSink(const BatchOptions& options, ResultsFile& file, size_t inputs,
+                       std::atomic<bool>& stop)
+    : options_(options),
+      file_(file),
+      stop_(stop),
+      pending_(inputs),
+      ready_(inputs, false),
+      progress_(!options.quiet && isatty(STDERR_FILENO) != 0),
+      started_(std::chrono::steady_clock::now()) {}
+
+void ResultSink::Done(size_t index, InputResult result) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  pending_[index] = std::move(result);
+  ready_[index] = true;
+  ++inputsDone_;
+  while (next_ < ready_.size() && ready_[next_]) {
+    if (writeFailure_.empty()) Write(pending_[next_]);
+    pending_[next_] = InputResult();
+    ++next_;
+  }
+  if (writeFailure_.empty()) ShowProgress();
+}
+
+void ResultSink::Finish() {
+  if (progress_ && shown_) std::fputs("\n", stderr);
+  if (!file_.Close() && writeFailure_.empty()) writeFailure_ = file_.failure();
+}
+
+void ResultSink::StopOn(const std::string& failure) {
+  writeFailure_ = failure;
+  stop_ = true;
+}
+
+// A chain whose files could not all be written has no line: it is judged again on resuming.
+void ResultSink::Write(const InputResult& result) {
+  ClearProgress();
+  if (!options_.quiet)
+    for (const std::string& note : result.notes) std::fprintf(stderr, "quarnel: %s\n", note.c_str());
+  std::string lines;
+  for (const ChainOutcome& outcome : result.chains) {
+    ++chains_;
+    if (outcome.ok) {
+      lines += FormatResult(options_.format, outcome);
+      continue;
+    }
+    if (!result.writeFailure.empty() && outcome.error.empty()) continue;  // reported below
+    ++failures_;
+    const std::string what = outcome.chainId.empty() || outcome.input == outcome.entry
+                                 ? outcome.input
+                                 : outcome.input + " chain " + outcome.chainId;
+    std::fprintf(stderr, "quarnel: %s: %s\n", what.c_str(), outcome.error.c_str());
+  }
+  if (!file_.Append(lines)) return StopOn(file_.failure());
+  if (!result.writeFailure.empty()) StopOn(result.writeFailure);
+}
+
+void ResultSink::ClearProgress() {
+  if (progress_ && shown_) std::fputs("\r\033[K", stderr);
+}
+
+void ResultSink::ShowProgress() {
+  if (!progress_) return;
+  const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started_).count();
+  const double rate = seconds > 0.0 ? chains_ / seconds : 0.0;
+  const double perInput = inputsDone_ > 0 ? seconds / inputsDone_ : 0.0;
+  const int left = static_cast<int>(perInput * static_cast<double>(ready_.size() - inputsDone_));
+  std::fprintf(stderr, "\r\033[Kquarnel: %zu/%zu inputs, %d chains, %.1f chains/s, %d:%02d left",
+               inputsDone_, ready_.size(), chains_, rate, left / 60, left % 60);
+  std::fflush(stderr);
+  shown_ = true;
+}
+
+}  // namespace quarnel
