@@ -326,6 +326,21 @@ def render_tables(models, feature_names, domain_cal, boundary_cal):
     return "\n".join(out) + "\n"
 
 
+def check_inference(chains, models):
+    """quarnel's log-odds, written with the candidates, against the trained models' own: the
+    same number to the last bit, or the C++ inference is not the model's."""
+    differ = total = 0
+    for chain in chains:
+        for k in chain.cut_nodes():
+            model = models[0] if k == 0 else models[1]
+            expected = float(model.decision_function(np.array([chain.nodes[k]["features"]], dtype=np.float32))[0])
+            total += 1
+            differ += expected != chain.nodes[k].get("log_odds")
+    print("quarnel's log-odds against the models': %d cuts, %d differ" % (total, differ))
+    if differ:
+        sys.exit(1)
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--quarnel", default=os.path.join(ROOT, "build", "quarnel"))
@@ -359,6 +374,7 @@ def main():
             if handle.read() != text:
                 sys.exit("train_cath_model.py: %s differs from the tables trained now" % args.out)
         print("%s: the same tables" % args.out)
+        check_inference(chains, models)
         return
     with open(args.out, "w") as handle:
         handle.write(text)

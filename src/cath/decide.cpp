@@ -64,6 +64,31 @@ CathCalls DecideCuts(const ChainView& chain, const std::vector<CandidateNode>& n
   return calls;
 }
 
+std::vector<BoundaryPlace> BoundaryPlaces(const CathCalls& calls, const std::vector<CandidateNode>& nodes,
+                                          int32_t residues) {
+  const std::vector<int32_t> domain = DomainOfResidues(calls, nodes, residues);
+  std::vector<double> probability(nodes.size(), 0.0);
+  for (const Boundary& boundary : calls.boundaries) probability[static_cast<size_t>(boundary.node)] = boundary.probability;
+  // The cut that separated two domains is the one at the deepest node above both.
+  auto separating = [&](int a, int b) {
+    while (a != b) {
+      if (nodes[static_cast<size_t>(a)].depth >= nodes[static_cast<size_t>(b)].depth)
+        a = nodes[static_cast<size_t>(a)].parent;
+      else
+        b = nodes[static_cast<size_t>(b)].parent;
+    }
+    return a;
+  };
+  std::vector<BoundaryPlace> places;
+  for (int32_t i = 1; i < residues; ++i) {
+    const int32_t a = domain[static_cast<size_t>(i - 1)], b = domain[static_cast<size_t>(i)];
+    if (a == b) continue;
+    const int cut = separating(calls.domains[static_cast<size_t>(a)], calls.domains[static_cast<size_t>(b)]);
+    places.push_back(BoundaryPlace{i - 1, i, probability[static_cast<size_t>(cut)]});
+  }
+  return places;
+}
+
 std::vector<int32_t> DomainOfResidues(const CathCalls& calls, const std::vector<CandidateNode>& nodes,
                                       int32_t residues) {
   std::vector<int32_t> domain(static_cast<size_t>(residues), 0);

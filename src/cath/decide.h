@@ -31,6 +31,18 @@ struct CathCalls {
 // parts of a cut that does not stand are one domain.
 CathCalls DecideCuts(const ChainView& chain, const std::vector<CandidateNode>& nodes);
 
+// A place where the chain passes from one domain to another: between two residues that follow
+// each other in the chain, and the probability of the cut that separated their domains.
+struct BoundaryPlace {
+  int32_t before = 0;  // chain index of the last residue before the boundary
+  int32_t after = 0;   // and of the first after it
+  double probability = 0.0;
+};
+
+// Every such place, in chain order.
+std::vector<BoundaryPlace> BoundaryPlaces(const CathCalls& calls, const std::vector<CandidateNode>& nodes,
+                                          int32_t residues);
+
 // The domain number (0 ..) of every residue of the chain, in chain order of the domains.
 std::vector<int32_t> DomainOfResidues(const CathCalls& calls, const std::vector<CandidateNode>& nodes,
                                       int32_t residues);

@@ -11,6 +11,7 @@
 #include "base/text.h"
 #include "base/workers.h"
 #include "cli/chain_choice.h"
+#include "cli/cath_results.h"
 #include "cli/chain_plausibility.h"
 #include "cli/external_dssp.h"
 #include "cli/low_confidence.h"
@@ -85,8 +86,9 @@ void RunOneChain(const BatchContext& batch, const Input& input, const StructureF
     context.workers = engine.get();
   }
   try {
-    outcome.result = RunChain(ChainInput{&lines, outcome.entry, JudgedChain(file, chainId), input.path},
-                              options.params, secondary.get(), context);
+    outcome.result = RunChainIn(options.mode, ChainInput{&lines, outcome.entry, JudgedChain(file, chainId), input.path},
+                                options.params, secondary.get(), context);
+    if (!options.featuresFile.empty()) outcome.features = CandidatesJson(outcome);
     outcome.ok = true;
   } catch (const Failure& failure) {
     outcome.status = failure.exit_status();
@@ -165,7 +167,7 @@ void RunChosenChains(BatchContext& batch, const Input& input, const StructureFil
   for (const std::string& chainId : choice.ids) {
     if (batch.stop) return;
     ChainOutcome outcome = NewOutcome(input, chainId);
-    outcome.mode = batch.options.mode;
+    outcome.mode = DecisionModeName(batch.options.mode);
     if (batch.done.count(KeyOf(batch.options.format, outcome.input, chainId)) != 0) continue;
     try {
       RunOneChain(batch, input, file, chainId, outcome, result.notes);

@@ -112,6 +112,12 @@ std::vector<ChainDomain> ChainDomains(const ChainResult& result, const std::vect
     ChainDomain whole;
     whole.segments = WholeChainPieces(residues, gapBefore);
     whole.residues = result.structure.size();
+    // The accuracy mode's model judges a chain it leaves whole as well.
+    if (result.mode == DecisionMode::kCath && result.calls.confidence.size() == 1) {
+      whole.judged = true;
+      whole.score = static_cast<float>(result.calls.confidence[0]);
+      whole.confidence = static_cast<float>(kPercent * result.calls.confidence[0]);
+    }
     domains.push_back(whole);
     return domains;
   }

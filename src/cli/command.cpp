@@ -29,7 +29,7 @@ constexpr OptionShape kBatchOptions[] = {
     {"--out", 1},    {"--resume", 0},     {"--list", 1},         {"--jobs", 1},
     {"-j", 1},       {"--pymol", 1},      {"--chimerax", 1},     {"--save-domains", 1},
     {"--svg", 1},    {"--dssp", 1},       {"--help", 0},         {"--version", 0},
-    {"--quiet", 0},
+    {"--quiet", 0},  {"--mode", 1},       {"--features", 1},
 };
 
 bool IsLong(const char* arg) { return std::strncmp(arg, "--", 2) == 0; }
@@ -104,6 +104,10 @@ void ApplyBatch(const std::string& name, const std::string& value, BatchOptions&
   else if (name == "--save-domains") o.saveDomainsDir = value;
   else if (name == "--svg") o.svgDir = value;
   else if (name == "--quiet") o.quiet = true;
+  else if (name == "--features") o.featuresFile = value;
+  else if (name == "--mode") {
+    if (!ParseDecisionMode(value, o.mode)) BadOption("--mode takes classic or cath, not '" + value + "'");
+  }
   else if (name == "--dssp") {
     if (value == "builtin") o.dssp = DsspChoice::kBuiltin;
     else if (value == "external") o.dssp = DsspChoice::kExternal;
@@ -194,6 +198,10 @@ BatchOptions ParseBatchOptions(int argc, const char* const* argv) {
   if (options.resume && options.format == ResultFormat::kClassic)
     BadOption("--resume needs --format tsv or json",
               "quarnel: classic report lines do not say which input and chain they came from");
+  if (!options.featuresFile.empty() && options.mode != DecisionMode::kCath)
+    BadOption("--features needs --mode cath", "quarnel: only the accuracy mode has candidate cuts to write");
+  if (options.mode == DecisionMode::kCath && (options.params.MaxNumDom != kDefaultMaxNumDom))
+    BadOption("--mode cath decides the number of domains itself: -md and -ex do not apply");
   if (options.inputs.empty() && options.listFile.empty())
     BadOption("no input: name structure files, folders or PDB codes, or --list FILE");
   // The classic hint for a missing DSSP_PATH says to add --dssp builtin: the command line is then

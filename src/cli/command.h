@@ -21,9 +21,6 @@ RunKind ClassifyCommandLine(int argc, const char* const* argv);
 
 enum class DsspChoice { kAuto, kBuiltin, kExternal };
 
-// The partition mode results name; the only one so far.
-inline constexpr char kDefaultMode[] = "classic";
-
 struct BatchOptions {
   Params params;                    // the designed options apply to every chain
   Params given;                     // the same before relaxed mode rewrote the criteria
@@ -46,7 +43,8 @@ struct BatchOptions {
   std::string svgDir;
   DsspChoice dssp = DsspChoice::kAuto;  // --dssp: auto is external when DSSP_PATH is set
   bool quiet = false;               // --quiet: standard error keeps to failures
-  std::string mode = kDefaultMode;  // the partition mode results are made with
+  DecisionMode mode = DecisionMode::kClassic;  // --mode: how the domains are decided
+  std::string featuresFile;         // --features: the accuracy mode's candidate cuts, for training
 };
 
 // Whether secondary structure comes from the DSSP program of DSSP_PATH (--dssp external, or

@@ -25,6 +25,7 @@ struct ChainOutcome {
   std::vector<bool> gapBefore;  // per residue in chain order: residues left out before it
   double seconds = 0.0;  // wall time of the run
   std::string mode;      // the partition mode the run used
+  std::string features;  // --features: the candidate cuts and their features, one JSON line
 };
 
 }  // namespace quarnel

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "cli/cath_results.h"
 #include "cli/command.h"
 #include "cli/json_text.h"
 
@@ -40,7 +41,8 @@ std::string TsvRow(const ChainOutcome& outcome) {
       TsvField(outcome.entry), SequenceMd5(result.structure), std::to_string(result.structure.size()),
       std::to_string(domains.size()), TsvField(Chopping(domains)), chainConfidence,
       Format("%.3f", outcome.seconds), VerdictName(result.verdict), TsvField(outcome.input),
-      TsvField(outcome.chainId), DomainConfidences(domains), TsvField(outcome.mode)};
+      TsvField(outcome.chainId), DomainConfidences(domains), TsvField(outcome.mode),
+      BoundariesField(outcome)};
   std::string row;
   for (const std::string& field : fields) row += (row.empty() ? "" : "\t") + field;
   return row + "\n";
@@ -144,6 +146,7 @@ std::string JsonRow(const ChainOutcome& outcome) {
   row.Add("verdict", JsonString(VerdictName(result.verdict)));
   row.Add("domains", DomainsJson(outcome.entry, domains));
   row.Add("cuts", CutsJson(result.partition));
+  row.Add("boundaries", BoundariesJson(outcome));
   row.Add("found", FoundJson(result));
   row.Add("left_out", std::to_string(outcome.leftOut));
   row.Add("time_sec", Format("%.3f", outcome.seconds));

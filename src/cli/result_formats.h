@@ -27,7 +27,7 @@ bool ReadRecordedOptions(ResultFormat format, const std::string& firstLine, std:
 // The TSV column names: Chainsaw's seven, then quarnel's own.
 inline constexpr char kTsvColumns[] =
     "chain_id\tsequence_md5\tnres\tndom\tchopping\tconfidence\ttime_sec\t"
-    "verdict\tinput\tchain\tdomain_confidences\tmode\n";
+    "verdict\tinput\tchain\tdomain_confidences\tmode\tboundaries\n";
 // The first words of the line a TSV results file opens with, and of a JSON Lines one.
 inline constexpr char kTsvRecordStart[] = "# quarnel ";
 inline constexpr char kJsonRecordKey[] = "quarnel";

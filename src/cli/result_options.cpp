@@ -47,7 +47,7 @@ std::string RecordedOptions(const BatchOptions& o) {
   words.Add(g.FlagSS != d.FlagSS, "-noss");
   words.Add(o.filterPlddt, Format("--min-plddt %g", o.minPlddt));
   words.Add(g.FlagSS == 1 && UsesExternalDssp(o), "--dssp external");
-  words.Add(o.mode != kDefaultMode, "--mode " + o.mode);
+  words.Add(o.mode != DecisionMode::kClassic, std::string("--mode ") + DecisionModeName(o.mode));
   return words.text();
 }
 

@@ -3,7 +3,9 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 #include "cli/result_formats.h"
 
@@ -17,7 +19,25 @@ ResultSink::ResultSink(const BatchOptions& options, ResultsFile& file, size_t in
       pending_(inputs),
       ready_(inputs, false),
       progress_(!options.quiet && isatty(STDERR_FILENO) != 0),
-      started_(std::chrono::steady_clock::now()) {}
+      started_(std::chrono::steady_clock::now()) {
+  if (options.featuresFile.empty()) return;
+  features_ = std::fopen(options.featuresFile.c_str(), options.resume ? "a" : "w");
+  if (features_ == nullptr)
+    Fail(Status::kWriteFailed, Stream::kStderr,
+         "quarnel: cannot write " + options.featuresFile + ": " + std::strerror(errno) + "\n");
+}
+
+ResultSink::~ResultSink() {
+  if (features_ != nullptr) std::fclose(features_);
+}
+
+bool ResultSink::WriteFeatures(const std::string& lines) {
+  if (features_ == nullptr || lines.empty()) return true;
+  if (std::fwrite(lines.data(), 1, lines.size(), features_) == lines.size() && std::fflush(features_) == 0)
+    return true;
+  StopOn("cannot write " + options_.featuresFile + ": " + std::strerror(errno));
+  return false;
+}
 
 void ResultSink::Done(size_t index, InputResult result) {
   std::lock_guard<std::mutex> lock(mutex_);
@@ -35,6 +55,12 @@ void ResultSink::Done(size_t index, InputResult result) {
 void ResultSink::Finish() {
   if (progress_ && shown_) std::fputs("\n", stderr);
   if (!file_.Close() && writeFailure_.empty()) writeFailure_ = file_.failure();
+  if (features_ != nullptr) {
+    const bool closed = std::fclose(features_) == 0;
+    features_ = nullptr;
+    if (!closed && writeFailure_.empty())
+      writeFailure_ = "cannot write " + options_.featuresFile + ": " + std::strerror(errno);
+  }
 }
 
 void ResultSink::StopOn(const std::string& failure) {
@@ -47,11 +73,12 @@ void ResultSink::Write(const InputResult& result) {
   ClearProgress();
   if (!options_.quiet)
     for (const std::string& note : result.notes) std::fprintf(stderr, "quarnel: %s\n", note.c_str());
-  std::string lines;
+  std::string lines, features;
   for (const ChainOutcome& outcome : result.chains) {
     ++chains_;
     if (outcome.ok) {
       lines += FormatResult(options_.format, outcome);
+      features += outcome.features;
       continue;
     }
     if (!result.writeFailure.empty() && outcome.error.empty()) continue;  // reported below
@@ -61,6 +88,7 @@ void ResultSink::Write(const InputResult& result) {
                                  : outcome.input + " chain " + outcome.chainId;
     std::fprintf(stderr, "quarnel: %s: %s\n", what.c_str(), outcome.error.c_str());
   }
+  if (!WriteFeatures(features)) return;
   if (!file_.Append(lines)) return StopOn(file_.failure());
   if (!result.writeFailure.empty()) StopOn(result.writeFailure);
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdio>
 #include <chrono>
 #include <mutex>
 #include <string>
@@ -18,6 +19,7 @@ class ResultSink {
  public:
   // `stop` is raised when a file cannot be written, so that no more chains are started.
   ResultSink(const BatchOptions& options, ResultsFile& file, size_t inputs, std::atomic<bool>& stop);
+  ~ResultSink();
   ResultSink(const ResultSink&) = delete;
   ResultSink& operator=(const ResultSink&) = delete;
 
@@ -34,6 +36,7 @@ class ResultSink {
  private:
   void Write(const InputResult& result);
   void StopOn(const std::string& failure);
+  bool WriteFeatures(const std::string& lines);
   void ClearProgress();
   void ShowProgress();
 
@@ -51,6 +54,7 @@ class ResultSink {
   bool progress_;
   bool shown_ = false;
   std::chrono::steady_clock::time_point started_;
+  std::FILE* features_ = nullptr;  // --features
 };
 
 }  // namespace quarnel

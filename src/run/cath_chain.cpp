@@ -28,9 +28,11 @@ ChainResult RunChainCath(const ChainInput& input, const Params& params,
   const int32_t count = static_cast<int32_t>(result.calls.domains.size());
   if (count > 1) {
     result.domains = OutputDomains(structure.residues, count);
-    for (int32_t d = 0; d < count; ++d)
-      result.domains[static_cast<size_t>(d)].confidence =
-          static_cast<float>(100.0 * result.calls.confidence[static_cast<size_t>(d)]);
+    for (int32_t d = 0; d < count; ++d) {
+      const double probability = result.calls.confidence[static_cast<size_t>(d)];
+      result.domains[static_cast<size_t>(d)].confidence = static_cast<float>(100.0 * probability);
+      result.scores.push_back(static_cast<float>(probability));
+    }
     result.found = result.domains;
     result.report = FormatReport(input.entry, size, result.domains);
   } else {
