@@ -7,9 +7,9 @@
 
 namespace quarnel {
 
-// The most residues read as one chain. The longest chains solved are about 5,000 residues; a
-// whole multi-chain file judged as one may hold a few thousand more.
-inline constexpr int kMaxChainResidues = 10000;
+// The most residues read as one chain: titin, the longest chain known, has 34,350 (its
+// predicted models are chopped whole), and a file judged whole may hold a few thousand more.
+inline constexpr int kMaxChainResidues = 40000;
 
 // Why the PDB-format text (read as the structure reader reads it: ATOM records of the first
 // model, hydrogens left out) cannot be one real chain; empty when it can. Stops counting at
