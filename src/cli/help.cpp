@@ -63,6 +63,14 @@ Chains and models:
                       do without --chain)
   --min-plddt X       leave out residues whose pLDDT (the CA's B-factor) is below X
 
+How domains are decided:
+  --mode M            classic (the default: the cut criteria and the confidence network) or
+                      cath (a deeper search whose cuts a model trained on CATH choppings keeps
+                      or drops; more multi-domain chains cut right, probabilities per domain
+                      and boundary; -md and -ex do not apply)
+  --features FILE     with --mode cath: every candidate cut of each chain with the features
+                      the model reads, one JSON line per chain (for training the model)
+
 Results:
   --format F          classic (the report line), tsv (one row per chain, Chainsaw's columns
                       first), json (JSON Lines)

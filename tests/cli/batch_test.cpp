@@ -39,7 +39,7 @@ TEST(Batch, RowsEqualSingleRunsAndNothingIsWrittenBeside) {
   ASSERT_EQ(rows.size(), 6u);  // options, columns, 1isu A and B, 1rmd A, 2yex A
   EXPECT_EQ(rows[0], "# quarnel 1.0.0 results; options: -noss");
   EXPECT_EQ(rows[1], "chain_id\tsequence_md5\tnres\tndom\tchopping\tconfidence\ttime_sec\t"
-                     "verdict\tinput\tchain\tdomain_confidences\tmode");
+                     "verdict\tinput\tchain\tdomain_confidences\tmode\tboundaries");
   // Each chain as a single run of its own, with the chain's domains in chain order.
   const ToolRun single = RunTool(work.path(), {"-noss", "--chain", "A", "--format", "tsv", "in/2yex.pdb"});
   EXPECT_EQ(Stable(rows[5]), Stable(Lines(single.out)[2]));

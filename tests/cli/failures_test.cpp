@@ -37,7 +37,7 @@ struct FailureRow {
 // The first rows of a results file of 1crn (as in/1crn.pdb) made with -noss, as a run killed
 // after it wrote them leaves them.
 #define TSV_OPENING "# quarnel 1.0.0 results; options: -noss\n" \
-  "chain_id\tsequence_md5\tnres\tndom\tchopping\tconfidence\ttime_sec\tverdict\tinput\tchain\tdomain_confidences\tmode\n"
+  "chain_id\tsequence_md5\tnres\tndom\tchopping\tconfidence\ttime_sec\tverdict\tinput\tchain\tdomain_confidences\tmode\tboundaries\n"
 
 const char kSlowDssp[] = "printf '#!/bin/sh\\nsleep 30\\n' > slow-dssp && chmod +x slow-dssp && mkdir t";
 
@@ -45,12 +45,12 @@ const FailureRow kRows[] = {
     // ---- results that cannot be written ----
     {"full disk: the results stop at the last complete row, a line says why",
      "mkdir in && cp $DATA/1rmd.pdb $DATA/2yex.pdb $DATA/1isu.pdb in/",
-     "(trap '' XFSZ; ulimit -f 1; $Q -noss --format tsv --out r.tsv in); echo status $? rows $(grep -c 'classic$' r.tsv) "
+     "(trap '' XFSZ; ulimit -f 1; $Q -noss --format tsv --out r.tsv in); echo status $? rows $(grep -c 'classic.NULL$' r.tsv) "
      "last $(tail -c 1 r.tsv | tr '\\n' N)",
      0, "status 6 rows 3 last N\n", "quarnel: cannot write r.tsv: File too large\n", "in/ in/1isu.pdb in/1rmd.pdb in/2yex.pdb r.tsv"},
     {"full disk under --svg: the chain has no row, no half picture is left",
      "cp $DATA/2yex.pdb .", "(trap '' XFSZ; ulimit -f 16; $Q -noss --format tsv --out r.tsv --svg svg 2yex.pdb); "
-     "echo status $? rows $(grep -c 'classic$' r.tsv)",
+     "echo status $? rows $(grep -c 'classic.NULL$' r.tsv)",
      0, "status 6 rows 0\n", "quarnel: cannot write svg/2yexA.svg: File too large\n", "2yex.pdb r.tsv svg/"},
     {"standard output that cannot be written", "cp $DATA/1crn.pdb .", "$Q -noss --format tsv 1crn.pdb > /dev/full",
      6, "", "quarnel: cannot write standard output: No space left on device\n", "1crn.pdb"},

@@ -125,14 +125,14 @@ TEST(ResultRows, ChoppingConfidenceAndOrder) {
   const Case cases[] = {
       {"two domains, one discontinuous: the chain as good as its weakest domain",
        HandMade(kSplitChain, 2, Verdict::kAcceptedFirst, {40.f, 94.1f}),
-       "7\t2\t-3-10_52A-60,11-52\t0.400\t1.250\taccepted at first\tin/1abc.pdb\tA\t0.941,0.400\tclassic\n"},
+       "7\t2\t-3-10_52A-60,11-52\t0.400\t1.250\taccepted at first\tin/1abc.pdb\tA\t0.941,0.400\tclassic\tNULL\n"},
       {"relaxed, not judged", HandMade(kSplitChain, 2, Verdict::kRelaxed, {}),
-       "7\t2\t-3-10_52A-60,11-52\tNULL\t1.250\trelaxed\tin/1abc.pdb\tA\tNULL\tclassic\n"},
+       "7\t2\t-3-10_52A-60,11-52\tNULL\t1.250\trelaxed\tin/1abc.pdb\tA\tNULL\tclassic\tNULL\n"},
       {"one domain: the whole chain", HandMade(kSplitChain, 1, Verdict::kRejected, {}),
-       "7\t1\t-3-60\tNULL\t1.250\trejected\tin/1abc.pdb\tA\tNULL\tclassic\n"},
+       "7\t1\t-3-60\tNULL\t1.250\trejected\tin/1abc.pdb\tA\tNULL\tclassic\tNULL\n"},
       {"one domain, residues left out before 11: no range spans them",
        LeftOutBefore(HandMade(kSplitChain, 1, Verdict::kRejected, {}), 3),
-       "7\t1\t-3-10_11-60\tNULL\t1.250\trejected\tin/1abc.pdb\tA\tNULL\tclassic\n"},
+       "7\t1\t-3-10_11-60\tNULL\t1.250\trejected\tin/1abc.pdb\tA\tNULL\tclassic\tNULL\n"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
