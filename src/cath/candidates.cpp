@@ -3,7 +3,6 @@
 #include "cath/candidates.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "partition/bipartition.h"
 #include "partition/multicut.h"
@@ -24,7 +23,6 @@ constexpr double kAlike = 0.9;
 // numbers, whatever else was searched before.
 Rand48 NodeStream(const std::vector<int32_t>& residues) {
   uint64_t hash = 1469598103934665603ull;  // FNV-1a over the indices
-  if (const char* s = std::getenv("QUARNEL_RESEARCH_SEED")) hash ^= std::strtoull(s, nullptr, 10) * 0x9E3779B97F4A7C15ull;
   for (int32_t index : residues) {
     hash ^= static_cast<uint32_t>(index);
     hash *= 1099511628211ull;
