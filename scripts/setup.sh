@@ -42,6 +42,10 @@ missing_test_packages() {
   command -v snakemake >/dev/null || echo snakemake
   [[ -x /usr/bin/pymol ]] || echo pymol
   command -v rsvg-convert >/dev/null || echo librsvg2-bin
+  # The accuracy benchmark reads mmCIF through gemmi's Python module; the cath model's training
+  # script runs on scikit-learn and NumPy. Debian's, for the system python3.
+  /usr/bin/python3 -c 'import gemmi' 2>/dev/null || echo python3-gemmi
+  /usr/bin/python3 -c 'import sklearn, numpy' 2>/dev/null || printf '%s\n' python3-sklearn python3-numpy
 }
 
 # apt_install <package...>: non-interactive, through sudo when not root; the package lists are
