@@ -24,7 +24,6 @@ constexpr size_t kMaxChains = 3;
 // Bounds that keep one chain to a fraction of a second: residues judged, samples per level.
 constexpr int32_t kMaxJudgedResidues = 400;
 constexpr int32_t kMaxSamples = 10;
-constexpr size_t kTsvColumnCount = 12;
 
 [[noreturn]] void Broken(const std::string& what) {
   std::fprintf(stderr, "batch fuzz check failed: %s\n", what.c_str());
@@ -43,9 +42,10 @@ int32_t Residues(const std::string& text) {
 void CheckWriters(quarnel::ChainOutcome& outcome) {
   using quarnel::ResultFormat;
   const std::string row = quarnel::FormatResult(ResultFormat::kTsv, outcome);
-  size_t tabs = 0;
+  size_t tabs = 0, columnTabs = 0;
   for (char c : row) tabs += c == '\t';
-  if (tabs != kTsvColumnCount - 1 || row.find('\n') != row.size() - 1) Broken("a TSV row of the wrong shape: " + row);
+  for (const char* c = quarnel::kTsvColumns; *c != '\0'; ++c) columnTabs += *c == '\t';
+  if (tabs != columnTabs || row.find('\n') != row.size() - 1) Broken("a TSV row of the wrong shape: " + row);
   for (ResultFormat format : {ResultFormat::kTsv, ResultFormat::kJson}) {
     std::istringstream file(quarnel::ResultHeader(format, "-noss") + quarnel::FormatResult(format, outcome));
     const quarnel::ResumeState state = quarnel::ReadResume(file, format);
@@ -61,12 +61,13 @@ void CheckWriters(quarnel::ChainOutcome& outcome) {
   for (size_t place = 0; place < domains; ++place) (void)quarnel::DomainPdb(outcome, static_cast<int>(place));
 }
 
-void JudgeChain(const quarnel::StructureFile& file, const quarnel::ChainInfo& chain, double threshold) {
+void JudgeChain(const quarnel::StructureFile& file, const quarnel::ChainInfo& chain, double threshold,
+                quarnel::DecisionMode mode) {
   quarnel::ChainOutcome outcome;
   outcome.input = outcome.file = "fuzz\t\xff.cif";
   outcome.chainId = chain.id;
   outcome.entry = "fuzz" + chain.id;
-  outcome.mode = "classic";
+  outcome.mode = quarnel::DecisionModeName(mode);
   quarnel::ConfidentText kept = quarnel::LeaveOutLowConfidence(file.ChainText(chain.id), threshold);
   if (kept.leftOut > static_cast<int>(kept.marks.size())) Broken("more residues left out than there are");
   outcome.text = std::move(kept.text);
@@ -78,8 +79,8 @@ void JudgeChain(const quarnel::StructureFile& file, const quarnel::ChainInfo& ch
   const quarnel::TextSource lines("fuzz", outcome.text);
   quarnel::RunContext context;
   try {
-    outcome.result = quarnel::RunChain(quarnel::ChainInput{&lines, outcome.entry, static_cast<unsigned char>(chain.text_id), "fuzz"},
-                                       params, nullptr, context);
+    outcome.result = quarnel::RunChainIn(mode, quarnel::ChainInput{&lines, outcome.entry, static_cast<unsigned char>(chain.text_id), "fuzz"},
+                                         params, nullptr, context);
   } catch (const quarnel::Failure& failure) {
     for (int status : {5, 100, 15}) // refused format, too few atoms, no residue of a domain
       if (failure.exit_status() == status) return;
@@ -96,13 +97,15 @@ void JudgeChain(const quarnel::StructureFile& file, const quarnel::ChainInfo& ch
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size < 1) return 0;
-  const double threshold = data[0] % 101;
+  // The first byte chooses the pLDDT threshold and, in its top bit, the way domains are decided.
+  const double threshold = (data[0] & 0x7f) % 101;
+  const quarnel::DecisionMode mode = (data[0] & 0x80) != 0 ? quarnel::DecisionMode::kCath : quarnel::DecisionMode::kClassic;
   const std::string bytes(reinterpret_cast<const char*>(data) + 1, size - 1);
   try {
     const quarnel::StructureFile file = quarnel::StructureFile::FromBytes("fuzz", bytes);
     for (size_t c = 0; c < file.chains().size() && c < kMaxChains; ++c) {
       try {
-        JudgeChain(file, file.chains()[c], threshold);
+        JudgeChain(file, file.chains()[c], threshold, mode);
       } catch (const std::runtime_error&) {
         // a chain the front end cannot write as PDB records: refused with its reason
       }
