@@ -1,0 +1,54 @@
+// TSV and JSON rows of three real chains, byte for byte against the committed files in
+// data/expected/ (time_sec masked): DOS line ends and a partition accepted after merging (2yex),
+// a discontinuous domain judged by the network (1dk8 with smaller domains allowed), both with
+// secondary structure from DSSP's library; insertion codes at domain ends in a relaxed run
+// (1rmd_icode -noss -md 2). QUARNEL_REGENERATE_ROWS=1 writes the tool's rows into the files instead; a person
+// then checks the diff against the classic reports before it is committed.
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "support.h"
+
+namespace quarnel::test {
+namespace {
+
+// Each run's options, its file last.
+const std::vector<std::string> kRuns[] = {
+    {"2yex.pdb"}, {"-ml", "20", "-ms", "20", "1dk8.pdb"}, {"-noss", "-md", "2", "1rmd_icode.pdb"}};
+
+// time_sec differs from run to run: the seventh TSV column, the JSON member.
+std::string Masked(const std::string& text, bool json) {
+  const std::regex time(json ? "(\"time_sec\":)[0-9.]+" : "^(([^\t]*\t){6})[0-9.]+\t");
+  std::string masked;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) masked += std::regex_replace(line, time, json ? "$1T" : "$1T\t") + "\n";
+  return masked;
+}
+
+void CheckRows(const char* format, const char* expectedFile) {
+  Scratch work;
+  std::string rows;
+  for (const std::vector<std::string>& options : kRuns) {
+    WriteFile(work / options.back(), ReadFile(DataFile(options.back())));
+    std::vector<std::string> args = {"--format", format};
+    args.insert(args.end(), options.begin(), options.end());
+    const ToolRun run = RunTool(work.path(), args);
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.err, "");
+    rows += Masked(run.out, std::string(format) == "json");
+  }
+  const std::string path = DataFile(std::string("expected/") + expectedFile);
+  if (std::getenv("QUARNEL_REGENERATE_ROWS") != nullptr) {
+    WriteFile(path, rows);
+    std::printf("regenerated %s: check the diff by hand\n", path.c_str());
+    return;
+  }
+  EXPECT_EQ(rows, ReadFile(path));
+}
+
+TEST(ExpectedRows, Tsv) { CheckRows("tsv", "rows.tsv"); }
+TEST(ExpectedRows, Json) { CheckRows("json", "rows.jsonl"); }
+
+}  // namespace
+}  // namespace quarnel::test
