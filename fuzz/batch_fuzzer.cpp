@@ -11,11 +11,11 @@
 #include <string>
 
 #include "base/status.h"
-#include "cli/chain_plausibility.h"
-#include "cli/low_confidence.h"
-#include "cli/pictures.h"
-#include "cli/result_formats.h"
-#include "cli/resume.h"
+#include "run/chain_plausibility.h"
+#include "run/plddt_filter.h"
+#include "report/pictures.h"
+#include "report/results.h"
+#include "report/resume.h"
 #include "formats/structure_file.h"
 
 namespace {

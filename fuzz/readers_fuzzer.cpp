@@ -9,7 +9,7 @@
 
 #include "base/status.h"
 #include "confidence/profile.h"
-#include "structure/dssp_reader.h"
+#include "secondary/dssp_table.h"
 #include "structure/protein.h"
 
 namespace {

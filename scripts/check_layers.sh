@@ -2,7 +2,7 @@
 # Two structural checks of the tool, run as a CTest:
 #  1. no file under src/<layer>/ includes a header of a higher layer, in the order
 #     base < formats < structure < secondary < contacts < partition < output < confidence < cath <
-#     run < cli;
+#     run < report < app < cli;
 #  2. the built tool holds no writable data of ours (.data, .bss and their thread-local kin): a
 #     run's state belongs in its run context, never in the process. Nor do our constant tables
 #     need relocating at load (.data.rel.ro, writable until relocated: tables of pointers); only
@@ -16,7 +16,7 @@ src=${1:?usage: check_layers.sh <src folder> <quarnel binary>}
 binary=${2:?usage: check_layers.sh <src folder> <quarnel binary>}
 [[ -d $src && -x $binary ]] || { echo "check_layers.sh: no folder $src or no program $binary" >&2; exit 2; }
 
-layers=(base formats structure secondary contacts partition output confidence cath run cli)
+layers=(base formats structure secondary contacts partition output confidence cath run report app cli)
 declare -A rank
 for i in "${!layers[@]}"; do rank[${layers[$i]}]=$i; done
 

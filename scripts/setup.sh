@@ -33,7 +33,7 @@ missing_packages() {
   [[ -e /usr/include/dssp.hpp ]] && command -v mkdssp >/dev/null || echo dssp
   [[ -e /usr/include/cif++.hpp ]] || echo libcifpp-dev
   # Result files: MD5 of each chain's sequence.
-  [[ -e /usr/include/openssl/evp.h ]] || echo libssl-dev
+  [[ -e /usr/include/md5.h ]] || echo libmd-dev
 }
 
 # What the tests of the tools around quarnel use: the cluster workflow, headless PyMOL for the

@@ -7,18 +7,21 @@
 
 namespace quarnel {
 
-// Exit statuses. Several places end with the same status; each keeps its own name.
+// Every status the program ends with. Several places end with the same status; each keeps its
+// own name.
 enum class Status : int {
   kCompleted = 0,
   kUsage = 0,              // no argument at all
   kQueueStop = 0,          // "stop !": the search queue's read position reached its last slot
   kLabellingStacks = 0,    // the component labelling's stacks could not be allocated
   kModelCopyReopen = 0,    // the PDB file vanished between two opens
-  kDsspPathUnset = 1,
-  kBadOption = 2,          // an option whose values would lie past the input name
+  kDsspPathUnset = 1,      // a classic run needs DSSP and DSSP_PATH is not set
+  kNoFullProgram = 1,      // a run needs DSSP's library and quarnel-full cannot be run
+  kBadOption = 2,          // a bad option or value; a classic run's values past the input name
+  kSomeInputsFailed = 3,   // batch runs: some inputs or chains were not judged
   kProfileReopen = 4,      // the structure cannot be read again for the assessment
   kInputOpen = 5,          // the structure file or the DSSP output cannot be opened
-  kWriteFailed = 6,        // batch runs: a results, picture or domain file could not be written
+  kWriteFailed = 6,        // a results, picture or domain file, or standard output, not written
   kChainCopyCreate = 7,
   kCodeFileOpen = 9,
   kEngineFault = 10,       // user anchors missing, path walk-back, records or closure rows
@@ -28,6 +31,8 @@ enum class Status : int {
   kQueueOverflow = 30,
   kAllocation = 50,
   kTooFewAtoms = 100,
+  kInterrupted = 130,      // batch runs: stopped by SIGINT (128 + the signal, which ends it)
+  kTerminated = 143,       // batch runs: stopped by SIGTERM
 };
 
 enum class Stream { kStdout, kStderr };

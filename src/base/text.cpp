@@ -49,19 +49,11 @@ class TextReader final : public LineReader {
   explicit TextReader(std::shared_ptr<const std::string> text) : text_(std::move(text)) {}
 
   bool Next(std::string& line) override {
-    const std::string& text = *text_;
-    if (position_ >= text.size()) {
+    if (position_ >= text_->size()) {
       line.clear();
       return false;
     }
-    const char* begin = text.data() + position_;
-    const size_t room = std::min(text.size() - position_, static_cast<size_t>(kLineBuffer - 1));
-    const char* newline = static_cast<const char*>(std::memchr(begin, '\n', room));
-    const size_t end = newline != nullptr ? static_cast<size_t>(newline - begin) + 1 : room;
-    const char* nul = static_cast<const char*>(std::memchr(begin, '\0', end));
-    const size_t content = nul != nullptr ? static_cast<size_t>(nul - begin) : end;
-    line.assign(begin, content);
-    position_ += end;
+    line.assign(NextPiece(*text_, position_));
     return true;
   }
   bool Failed() const override { return false; }
@@ -72,13 +64,41 @@ class TextReader final : public LineReader {
   size_t position_ = 0;
 };
 
-size_t ContentLength(const std::string& line) {
+size_t ContentLength(std::string_view line) {
   size_t length = line.size();
   if (length > 0 && line[length - 1] == '\n') --length;
   return length;
 }
 
+// A NUL-terminated copy of a short field, for the C library's conversions.
+class FieldText {
+ public:
+  explicit FieldText(std::string_view field) {
+    if (field.size() < sizeof(buffer_)) {
+      field.copy(buffer_, field.size());
+      buffer_[field.size()] = '\0';
+    } else {
+      long_.assign(field);
+    }
+  }
+  const char* c_str() const { return long_.empty() ? buffer_ : long_.c_str(); }
+
+ private:
+  char buffer_[32];
+  std::string long_;
+};
+
 }  // namespace
+
+std::string_view NextPiece(std::string_view text, size_t& position) {
+  const char* begin = text.data() + position;
+  const size_t room = std::min(text.size() - position, kPieceLength);
+  const char* newline = static_cast<const char*>(std::memchr(begin, '\n', room));
+  const size_t end = newline != nullptr ? static_cast<size_t>(newline - begin) + 1 : room;
+  const char* nul = static_cast<const char*>(std::memchr(begin, '\0', end));
+  position += end;
+  return std::string_view(begin, nul != nullptr ? static_cast<size_t>(nul - begin) : end);
+}
 
 std::unique_ptr<LineReader> FileSource::Open() const {
   std::FILE* file = std::fopen(path_.c_str(), "r");
@@ -88,34 +108,35 @@ std::unique_ptr<LineReader> FileSource::Open() const {
 
 std::unique_ptr<LineReader> TextSource::Open() const { return std::make_unique<TextReader>(text_); }
 
-std::string Columns(const std::string& line, int first, int last) {
+std::string Columns(std::string_view line, int first, int last) {
   size_t length = ContentLength(line);
   if (first < 1 || last < first || static_cast<size_t>(first) > length) return std::string();
   size_t begin = static_cast<size_t>(first - 1);
   size_t end = std::min(length, static_cast<size_t>(last));
-  return line.substr(begin, end - begin);
+  return std::string(line.substr(begin, end - begin));
 }
 
-char Column(const std::string& line, int column) {
+char Column(std::string_view line, int column) {
   if (column < 1 || static_cast<size_t>(column) > ContentLength(line)) return ' ';
   return line[static_cast<size_t>(column - 1)];
 }
 
-bool StartsWith(const std::string& line, const char* prefix) {
-  return line.compare(0, std::strlen(prefix), prefix) == 0;
+bool StartsWith(std::string_view line, std::string_view prefix) {
+  return line.substr(0, prefix.size()) == prefix;
 }
 
-int AtoiField(const std::string& field) { return std::atoi(field.c_str()); }
+int AtoiField(std::string_view field) { return std::atoi(FieldText(field).c_str()); }
 
 // Coordinates are written with a few decimals: such a field is read as its digits divided by a
 // power of ten. Both numbers are exact in double precision and the division rounds correctly,
 // so the value is the one atof gives; anything else (exponents, hexadecimal, more than 15
 // digits, no digit at all) goes to atof itself.
-double AtofField(const std::string& field) {
+double AtofField(std::string_view field) {
   constexpr int kMaxExactDigits = 15;
   constexpr double kPowersOfTen[kMaxExactDigits + 1] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                         1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-  const char* p = field.c_str();
+  const FieldText text(field);
+  const char* p = text.c_str();
   while (*p == ' ' || (*p >= '\t' && *p <= '\r')) ++p;
   const bool negative = *p == '-';
   if (*p == '-' || *p == '+') ++p;
@@ -132,10 +153,10 @@ double AtofField(const std::string& field) {
     } else {
       break;
     }
-    if (count > kMaxExactDigits) return std::atof(field.c_str());
+    if (count > kMaxExactDigits) return std::atof(text.c_str());
   }
   const bool hexadecimal = count == 1 && digits == 0 && decimals < 0 && (*p == 'x' || *p == 'X');
-  if (count == 0 || *p == 'e' || *p == 'E' || hexadecimal) return std::atof(field.c_str());
+  if (count == 0 || *p == 'e' || *p == 'E' || hexadecimal) return std::atof(text.c_str());
   const double value = static_cast<double>(digits) / kPowersOfTen[decimals > 0 ? decimals : 0];
   return negative ? -value : value;
 }

@@ -7,6 +7,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace quarnel {
 
@@ -15,6 +16,18 @@ namespace quarnel {
 // when the piece has one, is kept. Text after a NUL byte in a piece is dropped, as for a C
 // string. Files and text in memory give exactly the same pieces.
 constexpr int kLineBuffer = 300;
+constexpr size_t kPieceLength = kLineBuffer - 1;
+
+// The piece of `text` that starts at `position`, moving `position` past it: the one piece rule
+// for text in memory, which gives what fgets gives from the same bytes in a file.
+std::string_view NextPiece(std::string_view text, size_t& position);
+
+// Calls visit(piece) for every piece of `text` in order, until it returns false.
+template <class Visit>
+void ForEachPiece(std::string_view text, Visit&& visit) {
+  for (size_t position = 0; position < text.size();)
+    if (!visit(NextPiece(text, position))) return;
+}
 
 class LineReader {
  public:
@@ -63,15 +76,15 @@ class TextSource final : public LineSource {
 // Fields by 1-based column, as the format tables give them. A field reaching past the end of
 // the line (the newline does not count as content) is cut short; a single column past the end
 // reads as a blank.
-std::string Columns(const std::string& line, int first, int last);
-char Column(const std::string& line, int column);
+std::string Columns(std::string_view line, int first, int last);
+char Column(std::string_view line, int column);
 
-bool StartsWith(const std::string& line, const char* prefix);
+bool StartsWith(std::string_view line, std::string_view prefix);
 
 // atoi / atof semantics on a field: leading blanks skipped, the longest numeric prefix
 // converted, 0 when there is none.
-int AtoiField(const std::string& field);
-double AtofField(const std::string& field);
+int AtoiField(std::string_view field);
+double AtofField(std::string_view field);
 
 // Truncation toward zero of a real value to a signed 32-bit integer, saturating outside its
 // range and giving 0 for a value that is not a number (options and malformed coordinates can

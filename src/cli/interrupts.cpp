@@ -4,8 +4,6 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <filesystem>
-
 namespace quarnel {
 
 namespace {
@@ -33,25 +31,6 @@ sigset_t WaitedSignals() {
 }
 
 }  // namespace
-
-void TemporaryFiles::Add(const std::string& path) {
-  std::lock_guard<std::mutex> lock(mutex_);
-  paths_.insert(path);
-}
-
-void TemporaryFiles::Forget(const std::string& path) {
-  std::lock_guard<std::mutex> lock(mutex_);
-  paths_.erase(path);
-}
-
-void TemporaryFiles::RemoveAll() {
-  std::lock_guard<std::mutex> lock(mutex_);
-  for (const std::string& path : paths_) {
-    std::error_code ignored;
-    std::filesystem::remove_all(path, ignored);
-  }
-  paths_.clear();
-}
 
 InterruptGuard::InterruptGuard(TemporaryFiles& files) : files_(files) {
   const sigset_t set = WaitedSignals();

@@ -6,26 +6,10 @@
 #include <pthread.h>
 
 #include <atomic>
-#include <mutex>
-#include <set>
-#include <string>
+
+#include "base/temporary_files.h"
 
 namespace quarnel {
-
-// Paths that exist only while the run needs them (files, or folders removed with what they
-// hold).
-class TemporaryFiles {
- public:
-  void Add(const std::string& path);
-  // The path is no longer temporary: renamed into place, or already removed.
-  void Forget(const std::string& path);
-  // Removes every path still listed.
-  void RemoveAll();
-
- private:
-  std::mutex mutex_;
-  std::set<std::string> paths_;
-};
 
 // While it lives, SIGINT, SIGTERM and SIGHUP are blocked in every thread started after it and
 // taken by a thread of its own, which removes `files` and ends the process by the signal. Make

@@ -1,13 +1,13 @@
-// The assessment's residue profile of one domain: the domain's ATOM records read again from the
-// structure's lines, one record per residue with its CA, side-chain centre, distance from the
-// domain's centre and hydrophobicity.
+// The assessment's residue profile of one domain: the domain's ATOM records read again, one
+// entry per residue with its CA, side-chain centre, distance from the domain's centre and
+// hydrophobicity.
 #include "confidence/profile.h"
 
 #include <cmath>
 #include <cstring>
 #include <memory>
 
-#include "base/memory.h"
+#include "base/text.h"
 
 namespace quarnel {
 
@@ -59,16 +59,19 @@ constexpr Hydrophobicity kHydrophobicity[] = {
 constexpr char kUnknownCode = 'X';
 constexpr char kGlycine = 'G';
 
-AtomRecord ParseAtom(const std::string& line) {
-  AtomRecord atom{};
-  const std::string name = Columns(line, 14, 15);                    // atom name, 2 characters
-  std::strncpy(atom.name, name.c_str(), sizeof(atom.name) - 1);
-  for (int k = 0; k < 3; ++k) atom.resname[k] = Column(line, 18 + k);  // resName
-  atom.chain = Column(line, 22);                                      // chainID
-  atom.resnum = AtoiField(Columns(line, 23, 26));                     // resSeq
-  atom.xyz[0] = AtofField(Columns(line, 31, 38));                     // x
-  atom.xyz[1] = AtofField(Columns(line, 39, 46));                     // y
-  atom.xyz[2] = AtofField(Columns(line, 47, 54));                     // z
+// The profile's fields of an ATOM record: the name's columns 14-15, the residue name's three
+// columns (a blank for each past the end of a short line).
+ProfileAtom ProfileFields(const AtomRecord& record) {
+  ProfileAtom atom{};
+  const size_t nameLength = strnlen(record.name, sizeof(record.name));
+  for (size_t k = 1; k < 3 && k < nameLength; ++k) atom.name[k - 1] = record.name[k];
+  const size_t resnameLength = strnlen(record.resname, sizeof(record.resname));
+  for (size_t k = 0; k < 3; ++k) atom.resname[k] = k < resnameLength ? record.resname[k] : ' ';
+  atom.chain = record.chain;
+  atom.resnum = record.resnum;
+  atom.xyz[0] = record.x;
+  atom.xyz[1] = record.y;
+  atom.xyz[2] = record.z;
   return atom;
 }
 
@@ -103,7 +106,7 @@ struct ProfileReading {
       r.center[k] = (r.code == kGlycine || count == 0) ? r.ca[k] : sums[k] / count;
   }
 
-  void Start(const AtomRecord& atom) {
+  void Start(const ProfileAtom& atom) {
     if (open) Complete();
     open = true;
     resnum = atom.resnum;
@@ -123,7 +126,7 @@ struct ProfileReading {
     r.hydro = r.code == kUnknownCode ? 0.0 : AssignH(r.code, messages);
   }
 
-  void Add(const AtomRecord& atom) {
+  void Add(const ProfileAtom& atom) {
     ProfileResidue& r = Current();
     if (std::strcmp(atom.name, "CA") == 0) {
       for (int k = 0; k < 3; ++k) r.ca[k] = atom.xyz[k];
@@ -152,35 +155,17 @@ void SetDistancesFromCentre(Profile& profile) {
 
 }  // namespace
 
-// A text of ATOM records has one for about every 81 bytes, and a few TER and END records.
-constexpr size_t kTypicalRecord = 81;
-constexpr size_t kClosingRecords = 64;
-
-ProfileText ReadProfileText(const ProfileSource& source) {
-  std::unique_ptr<LineReader> reader = source.lines->Open();
-  if (reader == nullptr) ReopenFailed(source);
-  ProfileText text;
-  const size_t expected = reader->SizeHint() / kTypicalRecord + kClosingRecords;
-  text.reserve(expected);
-  PrefaultForWriting(text.data(), expected * sizeof(ProfileRecord));
-  std::string line;
-  while (reader->Next(line)) {
-    if (StartsWith(line, "END"))
-      text.push_back(ProfileRecord{ProfileRecord::kEnd, AtomRecord{}});
-    else if (StartsWith(line, "TER"))
-      text.push_back(ProfileRecord{ProfileRecord::kTer, AtomRecord{}});
-    else if (StartsWith(line, "ATOM  "))
-      text.push_back(ProfileRecord{ProfileRecord::kAtom, ParseAtom(line)});
-  }
-  if (reader->Failed()) ReopenFailed(source);
-  return text;
+std::shared_ptr<const AtomRecords> ReadProfileRecords(const ProfileSource& source) {
+  std::shared_ptr<const AtomRecords> records = source.records->Read();
+  if (records == nullptr) ReopenFailed(source);
+  return records;
 }
 
 Profile ProcessPDB(const ProfileSource& source, const std::vector<DomainSegment>& segments,
                    int32_t ENDNUM, std::vector<Message>& messages) {
-  ProfileText own;
-  if (source.text == nullptr) own = ReadProfileText(source);
-  const ProfileText& text = source.text != nullptr ? *source.text : own;
+  std::shared_ptr<const AtomRecords> own;
+  if (source.held == nullptr) own = ReadProfileRecords(source);
+  const AtomRecords& records = source.held != nullptr ? *source.held : *own;
 
   Profile profile;
   profile.residue.assign(static_cast<size_t>(std::max(source.chainResidues, 0)) + 1,
@@ -191,12 +176,12 @@ Profile ProcessPDB(const ProfileSource& source, const std::vector<DomainSegment>
   // The stop rules are tested at every record before its type, END also ending the first model
   // (ENDMDL); the reading leaves one record after it has passed the domain's last residue in the
   // chain.
-  for (const ProfileRecord& record : text) {
-    if (record.kind == ProfileRecord::kEnd) break;
-    if (record.kind == ProfileRecord::kTer && lastChain == source.chain) break;
+  for (const AtomRecord& record : records.records) {
+    if (record.IsEnd()) break;
+    if (record.kind == AtomRecord::kTer && lastChain == source.chain) break;
     if (lastResnum > ENDNUM && lastChain == source.chain) break;
-    if (record.kind != ProfileRecord::kAtom) continue;
-    const AtomRecord& atom = record.atom;
+    if (record.kind != AtomRecord::kAtom) continue;
+    const ProfileAtom atom = ProfileFields(record);
     lastResnum = atom.resnum;
     lastChain = atom.chain;
     if (!Isindomain(segments, atom.resnum) || atom.chain != source.chain) continue;
@@ -218,7 +203,7 @@ Profile ProfileOfResidues(const Structure& structure, const std::vector<int32_t>
   for (int32_t index : members) {
     const Residue& residue = structure.residues[static_cast<size_t>(index)];
     const Atom* atoms = structure.AtomsOf(residue);
-    AtomRecord atom{};
+    ProfileAtom atom{};
     std::memcpy(atom.resname, residue.resname, sizeof(atom.resname));
     atom.chain = residue.chain;
     atom.resnum = residue.resnum;

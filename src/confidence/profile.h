@@ -1,4 +1,4 @@
-// The assessment's own residue profile of one domain, read again from the structure's lines.
+// The assessment's own residue profile of one domain, read again from the structure's records.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "base/status.h"
-#include "base/text.h"
+#include "formats/atom_records.h"
 #include "output/domains.h"
 #include "structure/protein.h"
 
@@ -27,37 +27,29 @@ struct Profile {
   int32_t NumOfAA = 0;
 };
 
-// The fields of one ATOM record that the profile uses.
-struct AtomRecord {
-  char name[3];  // the first two characters of the atom name
+// The fields of one atom that a profile uses.
+struct ProfileAtom {
+  char name[3];  // the first two characters of the atom name (columns 14-15)
   char resname[3];
   char chain;
   int resnum;
   double xyz[3];
 };
 
-// The records of a text that a profile reading looks at, in order: END and TER records (which
-// may stop it) and ATOM records; other lines change nothing in a reading.
-struct ProfileRecord {
-  enum Kind : uint8_t { kEnd, kTer, kAtom } kind;
-  AtomRecord atom;  // for kAtom
-};
-using ProfileText = std::vector<ProfileRecord>;
-
-// Where the assessment reads its profiles: the lines the structure was read from, the chain
-// the run judges, the file name its open failure gives and the chain's residue count. With
-// `text`, the records of those lines read once for every profile of the chain.
+// Where the assessment reads its profiles: the records the structure was read from (the
+// classic run's file is read again), the chain the run judges, the file name its failure to
+// read them gives and the chain's residue count. With `held`, the records read once for every
+// profile of the chain.
 struct ProfileSource {
-  const LineSource* lines = nullptr;
+  const RecordSource* records = nullptr;
   char chain = ' ';
   std::string name;
   int32_t chainResidues = 0;
-  const ProfileText* text = nullptr;
+  const AtomRecords* held = nullptr;
 };
 
-// The source's lines read as a profile reads them; fails as the reading would when they do not
-// open or cannot be read.
-ProfileText ReadProfileText(const ProfileSource& source);
+// The source's records read again; fails as the reading would when they cannot be read.
+std::shared_ptr<const AtomRecords> ReadProfileRecords(const ProfileSource& source);
 
 // The residues of the domain's segments (`ENDNUM` the largest end) in the run's chain.
 Profile ProcessPDB(const ProfileSource& source, const std::vector<DomainSegment>& segments,

@@ -7,7 +7,7 @@
 
 #include "base/params.h"
 #include "base/workers.h"
-#include "structure/dssp_reader.h"
+#include "secondary/dssp_table.h"
 #include "structure/protein.h"
 
 namespace quarnel {

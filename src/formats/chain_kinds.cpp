@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <string_view>
 
-#include "formats/pdb_records.h"
+#include "base/text.h"
 
 namespace quarnel {
 namespace {
@@ -43,23 +43,21 @@ class RunningResidueNumbers {
   int number_ = 0;
 };
 
-bool IsWater(std::string name);
-
 // The first model's ATOM, HETATM and TER records (waters left out), atom records blank-padded or cut to one width
 // (gemmi refuses an atom record too short to hold its coordinates). Column 21 is blanked: gemmi
 // would read a two-character chain id from columns 21-22, quarnel's records have column 22.
 std::string ClassifiedRecords(std::string_view text) {
   std::string records;
   RunningResidueNumbers numbers;
-  ForEachRecord(text, [&records, &numbers](std::string_view record) {
-    if (RecordStartsWith(record, "END")) return false;
-    if (RecordStartsWith(record, "TER")) {
+  ForEachPiece(text, [&records, &numbers](std::string_view record) {
+    if (StartsWith(record, "END")) return false;
+    if (StartsWith(record, "TER")) {
       records += "TER\n";
-    } else if (RecordStartsWith(record, "ATOM  ") || RecordStartsWith(record, "HETATM")) {
+    } else if (StartsWith(record, "ATOM  ") || StartsWith(record, "HETATM")) {
       // Waters say nothing of a chain's kind, and where a file closes its chains with TER
       // after their waters (5xli), gemmi would count them into the polymer and, more
       // numerous than its amino acids, find it of no known kind.
-      if (IsWater(RecordField(record, kResidueNameColumn, kResidueNameColumn + 2))) return true;
+      if (IsWater(Columns(record, kResidueNameColumn, kResidueNameColumn + 2))) return true;
       std::string line(record.substr(0, record.find_first_of("\r\n")));
       line.resize(kClassifiedWidth, ' ');
       line[kChainPrefixColumn - 1] = ' ';
@@ -79,12 +77,6 @@ std::string TableName(std::string name) {
   return name;
 }
 
-bool IsWater(std::string name) {
-  while (!name.empty() && name.back() == ' ') name.pop_back();
-  while (!name.empty() && name.front() == ' ') name.erase(0, 1);
-  return gemmi::find_tabulated_residue(TableName(name)).is_water();
-}
-
 bool HasUnknownResidues(const gemmi::Chain& chain) {
   return std::any_of(chain.residues.begin(), chain.residues.end(), [](const gemmi::Residue& r) {
     return r.entity_type == gemmi::EntityType::Unknown;
@@ -98,6 +90,12 @@ bool HoldsProtein(gemmi::Chain& chain) {
 }
 
 }  // namespace
+
+bool IsWater(std::string name) {
+  while (!name.empty() && name.back() == ' ') name.pop_back();
+  while (!name.empty() && name.front() == ' ') name.erase(0, 1);
+  return gemmi::find_tabulated_residue(TableName(name)).is_water();
+}
 
 bool IsAminoAcid(const std::string& name) {
   return gemmi::find_tabulated_residue(TableName(name)).is_amino_acid();

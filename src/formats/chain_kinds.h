@@ -22,6 +22,8 @@ std::vector<ChainKind> ClassifyChains(gemmi::Structure& structure);
 
 // One of the twenty amino acids or the standard nucleotides, by gemmi's residue table.
 bool IsStandardResidue(const std::string& name);
+// Water (HOH, DOD, WAT...), blanks around the name allowed, by gemmi's residue table.
+bool IsWater(std::string name);
 // An amino acid (standard or modified, as MSE), by gemmi's residue table.
 bool IsAminoAcid(const std::string& name);
 

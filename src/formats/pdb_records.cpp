@@ -1,72 +1,149 @@
-// The record rules of quarnel's PDB reader and chain copy, applied to text in memory.
+// Reading PDB records by their columns.
 #include "formats/pdb_records.h"
 
-#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "base/memory.h"
 
 namespace quarnel {
 namespace {
 
-constexpr int kChainColumn = 22;
-constexpr int kHydrogenColumn = 14;
-constexpr int kResnumFirst = 23;
-constexpr int kResnumLast = 26;
-constexpr int kIcodeColumn = 27;
+// An ATOM record that holds coordinates runs to column 54 at least, and a typical one to column
+// 80: room for the records of a text is reserved from its size, and its pages asked for at once.
+constexpr size_t kTypicalRecord = 81;
+constexpr size_t kClosingRecords = 64;
 
-size_t ContentLength(std::string_view record) {
-  return !record.empty() && record.back() == '\n' ? record.size() - 1 : record.size();
+template <size_t N>
+void CopyField(const std::string& field, char (&to)[N]) {
+  std::memset(to, 0, N);
+  std::memcpy(to, field.data(), std::min(field.size(), N - 1));
 }
+
+bool RecordKind(std::string_view piece, AtomRecord::Kind& kind) {
+  if (StartsWith(piece, "ATOM  ")) kind = AtomRecord::kAtom;
+  else if (StartsWith(piece, "HETATM")) kind = AtomRecord::kHetatm;
+  else if (StartsWith(piece, "ENDMDL")) kind = AtomRecord::kEndModel;
+  else if (StartsWith(piece, "END")) kind = AtomRecord::kEnd;
+  else if (StartsWith(piece, "TER")) kind = AtomRecord::kTer;
+  else return false;
+  return true;
+}
+
+void Reserve(AtomRecords& records, size_t bytes) {
+  try {
+    const size_t expected = bytes / kTypicalRecord + kClosingRecords;
+    records.records.reserve(expected);
+    PrefaultForWriting(records.records.data(), expected * sizeof(AtomRecord));
+  } catch (const std::bad_alloc&) {
+    // Room is only a saving; the array grows as it must.
+  }
+}
+
+bool LooksGzipped(std::string_view piece) {
+  return piece.size() >= 2 && static_cast<unsigned char>(piece[0]) == 0x1f &&
+         static_cast<unsigned char>(piece[1]) == 0x8b;
+}
+
+// The classic reader's refusals and its end: false when the reading stops at this piece.
+class ClassicReading {
+ public:
+  explicit ClassicReading(AtomRecords& records) : records_(records) {}
+
+  bool Take(std::string_view piece, bool keepLine) {
+    // Structures often arrive gzip-compressed or as mmCIF. Read by PDB columns, the first holds
+    // no ATOM record and the second's atom_site rows, which also begin with "ATOM", give
+    // nonsense residues: either would make a report that looks real. An mmCIF file opens with
+    // its data block, before any ATOM record.
+    if (first_ && LooksGzipped(piece)) return Refuse("gzip-compressed");
+    first_ = false;
+    if (!residueSeen_ && StartsWith(piece, "data_")) return Refuse("an mmCIF file");
+    AtomRecord record;
+    if (!ParsePdbRecord(piece, record)) return true;
+    if (!keepLine) record.line = std::string_view();
+    records_.records.push_back(record);
+    residueSeen_ = residueSeen_ || (record.kind == AtomRecord::kAtom && !record.IsHydrogen());
+    return !record.IsEnd();
+  }
+
+ private:
+  bool Refuse(const char* what) {
+    records_.notPdb = what;
+    return false;
+  }
+
+  AtomRecords& records_;
+  bool first_ = true;
+  bool residueSeen_ = false;
+};
 
 }  // namespace
 
-bool RecordStartsWith(std::string_view record, std::string_view prefix) {
-  return record.substr(0, prefix.size()) == prefix;
+bool ParsePdbRecord(std::string_view piece, AtomRecord& record) {
+  if (!RecordKind(piece, record.kind)) return false;
+  record.line = piece;
+  if (record.IsEnd()) return true;
+  record.serial = AtoiField(Columns(piece, 7, 11));      // serial
+  CopyField(Columns(piece, 13, 16), record.name);        // name
+  record.altloc = Column(piece, 17);                     // altLoc
+  CopyField(Columns(piece, 18, 20), record.resname);     // resName
+  record.chain = Column(piece, 22);                      // chainID
+  record.resnum = AtoiField(Columns(piece, 23, 26));     // resSeq
+  record.icode = Column(piece, 27);                      // iCode
+  record.x = AtofField(Columns(piece, 31, 38));          // x
+  record.y = AtofField(Columns(piece, 39, 46));          // y
+  record.z = AtofField(Columns(piece, 47, 54));          // z
+  record.occupancy = AtofField(Columns(piece, 55, 60));  // occupancy
+  record.bfactor = AtofField(Columns(piece, 61, 66));    // tempFactor
+  CopyField(Columns(piece, 77, 78), record.element);     // element
+  CopyField(Columns(piece, 79, 80), record.charge);      // charge
+  return true;
 }
 
-char RecordColumn(std::string_view record, int column) {
-  if (column < 1 || static_cast<size_t>(column) > ContentLength(record)) return ' ';
-  return record[static_cast<size_t>(column - 1)];
-}
-
-std::string RecordField(std::string_view record, int first, int last) {
-  size_t length = ContentLength(record);
-  if (first < 1 || last < first || static_cast<size_t>(first) > length) return std::string();
-  size_t begin = static_cast<size_t>(first - 1);
-  size_t end = std::min(length, static_cast<size_t>(last));
-  return std::string(record.substr(begin, end - begin));
-}
-
-void AppendRecord(std::string& out, std::string_view record) {
-  out.append(record);
-  if (record.empty() || record.back() != '\n') out += '\n';
-}
-
-std::map<char, std::string> AtomRecordsByChain(std::string_view text) {
-  std::map<char, std::string> chains;
-  ForEachRecord(text, [&chains](std::string_view record) {
-    if (RecordStartsWith(record, "ATOM  "))
-      AppendRecord(chains[RecordColumn(record, kChainColumn)], record);
-    return !RecordStartsWith(record, "END");
+AtomRecords ReadPdbRecords(std::shared_ptr<const std::string> text) {
+  AtomRecords records;
+  records.text = std::move(text);
+  Reserve(records, records.text->size());
+  ForEachPiece(*records.text, [&records](std::string_view piece) {
+    AtomRecord record;
+    if (!ParsePdbRecord(piece, record)) return true;
+    records.records.push_back(record);
+    return !record.IsEnd();
   });
-  return chains;
+  return records;
 }
 
-int CountReaderResidues(std::string_view text) {
+bool ReadPdbRecords(LineReader& reader, AtomRecords& records) {
+  Reserve(records, reader.SizeHint());
+  ClassicReading reading(records);
+  std::string piece;
+  while (reader.Next(piece))
+    if (!reading.Take(piece, false)) break;
+  // Text refused as not PDB is refused whatever follows it.
+  return !records.notPdb.empty() || !reader.Failed();
+}
+
+std::shared_ptr<const AtomRecords> PdbLineRecords::Read() const {
+  std::unique_ptr<LineReader> reader = lines_.Open();
+  if (reader == nullptr) return nullptr;
+  auto records = std::make_shared<AtomRecords>();
+  if (!ReadPdbRecords(*reader, *records)) return nullptr;
+  return records;
+}
+
+int CountReaderResidues(const std::vector<AtomRecord>& records) {
   int residues = 0;
-  int previousResnum = 0;
-  char previousIcode = ' ';
-  ForEachRecord(text, [&](std::string_view record) {
-    if (RecordStartsWith(record, "END")) return false;
-    if (!RecordStartsWith(record, "ATOM  ")) return true;
-    if (RecordColumn(record, kHydrogenColumn) == 'H') return true;
-    int resnum = std::atoi(RecordField(record, kResnumFirst, kResnumLast).c_str());
-    char icode = RecordColumn(record, kIcodeColumn);
-    if (residues == 0 || resnum != previousResnum || icode != previousIcode) {
+  int32_t resnum = 0;
+  char icode = ' ';
+  for (const AtomRecord& record : records) {
+    if (record.IsEnd()) break;
+    if (record.kind != AtomRecord::kAtom || record.IsHydrogen()) continue;
+    if (residues == 0 || record.resnum != resnum || record.icode != icode) {
       ++residues;
-      previousResnum = resnum;
-      previousIcode = icode;
+      resnum = record.resnum;
+      icode = record.icode;
     }
-    return true;
-  });
+  }
   return residues;
 }
 

@@ -1,55 +1,41 @@
-// PDB-format text as quarnel's fixed-column readers see it: the pieces its 300-byte line buffer
-// takes, the chain copy it writes and the residues it builds.
+// PDB text read into atom records by the rules of quarnel's readers: 299-character pieces, each
+// a record of its own; "ATOM  ", "HETATM", "TER" and "END" (END or ENDMDL) at the start of a
+// piece; fields by their columns, numbers with atoi and atof. Reading stops at the first END.
 #pragma once
 
-#include <algorithm>
-#include <cstring>
-#include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 
+#include "base/text.h"
+#include "formats/atom_records.h"
+
 namespace quarnel {
 
-// A line buffer of 300 bytes takes at most 299 characters at a time: a longer line comes in
-// pieces, each a record of its own. Text after a NUL byte is lost, as for a C string.
-constexpr size_t kRecordPieceLength = 299;
+// The record a piece holds; its fields by column, its line the piece itself. False for a piece
+// that is no atom, TER or END record.
+bool ParsePdbRecord(std::string_view piece, AtomRecord& record);
 
-// Calls visit(record) for every record of `text` in order, until it returns false.
-template <class Visit>
-void ForEachRecord(std::string_view text, Visit&& visit) {
-  size_t position = 0;
-  while (position < text.size()) {
-    size_t limit = std::min(text.size(), position + kRecordPieceLength);
-    const void* newline = std::memchr(text.data() + position, '\n', limit - position);
-    size_t end = newline != nullptr
-                     ? static_cast<size_t>(static_cast<const char*>(newline) - text.data()) + 1
-                     : limit;
-    std::string_view record = text.substr(position, end - position);
-    record = record.substr(0, record.find('\0'));
-    position = end;
-    if (!visit(record)) return;
-  }
-}
+// The records of text held in memory, up to and including the first END; their lines lie in
+// the text, which the records keep.
+AtomRecords ReadPdbRecords(std::shared_ptr<const std::string> text);
 
-bool RecordStartsWith(std::string_view record, std::string_view prefix);
-// 1-based columns as the format tables give them; the newline is not content, and a column
-// past the end reads as a blank (a field is cut short).
-char RecordColumn(std::string_view record, int column);
-std::string RecordField(std::string_view record, int first, int last);
+// The records a reader gives, as the classic reader meets them: a first piece of gzip data or
+// an mmCIF data block before any residue's atom ends the reading as notPdb. The pieces are not
+// kept: the records have no lines. False on a read error.
+bool ReadPdbRecords(LineReader& reader, AtomRecords& records);
 
-// Appends the record, giving it a newline when it has none (the first piece of a long line,
-// the last line of a file), so the copy keeps one record per line.
-void AppendRecord(std::string& out, std::string_view record);
+// PDB text read afresh, by the classic reader's rules, each time its records are asked for: the
+// classic run's file (a FileSource), or text in memory read the same way. The lines are the
+// caller's and must outlive this source.
+class PdbLineRecords final : public RecordSource {
+ public:
+  explicit PdbLineRecords(const LineSource& lines) : lines_(lines) {}
+  std::shared_ptr<const AtomRecords> Read() const override;
+  const std::string& name() const override { return lines_.name(); }
 
-// What closes every chain copy.
-constexpr std::string_view kChainCopyEnd = "TER\nEND\n";
-
-// The ATOM records before the first record beginning with "END", grouped by column 22.
-std::map<char, std::string> AtomRecordsByChain(std::string_view text);
-
-// The residues quarnel's reader builds from the text: ATOM records up to the first "END",
-// hydrogens (column 14 'H') left out, a new residue wherever the residue number or the
-// insertion code changes.
-int CountReaderResidues(std::string_view text);
+ private:
+  const LineSource& lines_;
+};
 
 }  // namespace quarnel

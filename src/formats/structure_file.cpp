@@ -1,4 +1,4 @@
-// Recognising a structure file by its content and presenting it as PDB-format text.
+// Recognising a structure file by its content and presenting it as atom records.
 #include "formats/structure_file.h"
 
 #include <cerrno>
@@ -12,8 +12,9 @@
 #include "formats/chain_kinds.h"
 #include "formats/gzip_text.h"
 #include "formats/mmcif_atoms.h"
+#include "formats/mmcif_records.h"
 #include "formats/pdb_records.h"
-#include "formats/pdb_render.h"
+#include "formats/pdb_writer.h"
 
 namespace quarnel {
 namespace {
@@ -70,8 +71,8 @@ bool IsMmcif(std::string_view text) {
 
 bool HasAtomRecords(std::string_view text) {
   bool found = false;
-  ForEachRecord(text, [&found](std::string_view record) {
-    found = RecordStartsWith(record, "ATOM  ") || RecordStartsWith(record, "HETATM");
+  ForEachPiece(text, [&found](std::string_view record) {
+    found = StartsWith(record, "ATOM  ") || StartsWith(record, "HETATM");
     return !found;
   });
   return found;
@@ -104,6 +105,23 @@ std::vector<std::string> ChainIds(const std::vector<ChainKind>& kinds) {
   std::vector<std::string> ids;
   for (const ChainKind& kind : kinds) ids.push_back(kind.id);
   return ids;
+}
+
+// The residues of each chain as the reader builds them from its ATOM records alone.
+int ChainResidues(const std::vector<AtomRecord>& records, char textId) {
+  std::vector<AtomRecord> chain;
+  for (const AtomRecord& record : records)
+    if (record.kind == AtomRecord::kAtom && record.chain == textId) chain.push_back(record);
+  return CountReaderResidues(chain);
+}
+
+// A chain of waters alone says nothing a PDB file's chain listing says (its waters are left out
+// of the classification there): it is not listed.
+std::vector<bool> WaterOnlyChains(const MmcifAtoms& atoms) {
+  std::vector<bool> waterOnly(atoms.chains.size(), true);
+  for (const AtomSite& site : atoms.sites)
+    if (waterOnly[site.chain] && !IsWater(site.residue)) waterOnly[site.chain] = false;
+  return waterOnly;
 }
 
 }  // namespace
@@ -147,14 +165,14 @@ void StructureFile::LoadPdb(std::string text) {
   } catch (const std::exception& error) {
     Fail("unreadable PDB records: " + OneLine(error.what()));
   }
-  std::map<char, std::string> atoms = AtomRecordsByChain(text);
+  AtomRecords records = ReadPdbRecords(std::make_shared<const std::string>(std::move(text)));
+  text_ = std::move(records.text);
+  records_ = std::move(records.records);
   for (const ChainKind& kind : kinds) {
-    char textId = PdbTextId(kind.id);
-    const std::string& records = atoms[textId];
-    chains_.push_back({kind.id, kind.protein, CountReaderResidues(records), textId});
-    chain_records_.push_back({records, std::string()});
+    const char textId = PdbTextId(kind.id);
+    chains_.push_back({kind.id, kind.protein, ChainResidues(records_, textId), textId});
+    problems_.emplace_back();
   }
-  whole_text_ = std::move(text);
 }
 
 void StructureFile::LoadMmcif(const std::string& text) {
@@ -167,34 +185,60 @@ void StructureFile::LoadMmcif(const std::string& text) {
     Fail("unreadable mmCIF: " + OneLine(error.what()));
   }
   bool unique = true;
-  std::vector<char> textIds = AssignTextIds(ChainIds(atoms.chains), unique);
-  PdbRendering rendering = RenderPdbRecords(atoms, textIds);
+  const std::vector<char> textIds = AssignTextIds(ChainIds(atoms.chains), unique);
+  MmcifRecords records = RecordsOfSites(atoms, textIds);
+  records_ = std::move(records.records);
+  chainOf_ = std::move(records.chainOf);
+  const std::vector<bool> waterOnly = WaterOnlyChains(atoms);
   for (size_t i = 0; i < atoms.chains.size(); ++i) {
-    int residues = CountReaderResidues(rendering.atoms[i]);
-    chains_.push_back({atoms.chains[i].id, atoms.chains[i].protein, residues, textIds[i]});
-    chain_records_.push_back({std::move(rendering.atoms[i]), std::move(rendering.problems[i])});
-    if (whole_problem_.empty() && !chain_records_.back().problem.empty())
-      whole_problem_ = chain_records_.back().problem;
+    if (whole_problem_.empty()) whole_problem_ = records.problems[i];
+    if (waterOnly[i]) continue;
+    listed_.push_back(static_cast<uint32_t>(i));
+    problems_.push_back(records.problems[i]);
+    chains_.push_back({atoms.chains[i].id, atoms.chains[i].protein, 0, textIds[i]});
+    chains_.back().residues = CountReaderResidues(AtomsOf(chains_.size() - 1));
   }
   if (!unique)
     whole_problem_ = std::to_string(atoms.chains.size()) +
                      " chains, more than one-character chain ids can name: read one chain at a time";
-  whole_text_ = std::move(rendering.records);
 }
 
-std::string StructureFile::WholeText() const {
-  if (!whole_problem_.empty()) Fail(whole_problem_);
-  return whole_text_;
-}
-
-std::string StructureFile::ChainText(const std::string& id) const {
-  for (size_t i = 0; i < chains_.size(); ++i) {
-    if (chains_[i].id != id) continue;
-    const ChainRecords& records = chain_records_[i];
-    if (!records.problem.empty()) Fail(records.problem);
-    return records.atoms + std::string(kChainCopyEnd);
-  }
+size_t StructureFile::ChainIndex(const std::string& id) const {
+  for (size_t i = 0; i < chains_.size(); ++i)
+    if (chains_[i].id == id) return i;
   Fail("no chain '" + id + "' (chains: " + ChainList(chains_) + ")");
+}
+
+AtomRecords StructureFile::WholeRecords() const {
+  if (!whole_problem_.empty()) Fail(whole_problem_);
+  return AtomRecords{records_, text_, std::string()};
+}
+
+std::vector<AtomRecord> StructureFile::AtomsOf(size_t chain) const {
+  std::vector<AtomRecord> atoms;
+  const char textId = chains_[chain].text_id;
+  for (size_t i = 0; i < records_.size(); ++i) {
+    const AtomRecord& record = records_[i];
+    if (record.kind != AtomRecord::kAtom) continue;
+    // A PDB file's chain is its column 22; an mmCIF chain is told by its records' chain, not by
+    // the one-character id, which chains past the pool share.
+    const bool ours = format_ == StructureFormat::kPdb ? record.chain == textId : chainOf_[i] == listed_[chain];
+    if (ours) atoms.push_back(record);
+  }
+  return atoms;
+}
+
+AtomRecords StructureFile::ChainRecords(const std::string& id) const {
+  const size_t chain = ChainIndex(id);
+  if (!problems_[chain].empty()) Fail(problems_[chain]);
+  AtomRecords records{AtomsOf(chain), text_, std::string()};
+  AppendChainEnd(records.records);
+  return records;
+}
+
+std::string StructureFile::WholePdbText() const {
+  if (text_ != nullptr) return *text_;
+  return PdbText(WholeRecords().records);
 }
 
 }  // namespace quarnel

@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "confidence/assessment.h"
-#include "structure/dssp_reader.h"
 
 namespace quarnel {
 
@@ -66,10 +65,10 @@ void AssessmentLoop(const ProfileSource& source, const std::string& entry, Chain
     result.report = FormatOneDomain(entry, size);
     return;
   }
-  // Every profile of every round reads the same lines: they are read once.
-  const ProfileText text = ReadProfileText(source);
+  // Every profile of every round reads the same records: they are read again once.
+  const std::shared_ptr<const AtomRecords> read = ReadProfileRecords(source);
   ProfileSource profiles = source;
-  profiles.text = &text;
+  profiles.held = read.get();
   std::vector<DomainDetail> records = result.found;
   for (;;) {
     Assessment assessment = Analyze(profiles, records, messages, context.workers);
@@ -124,7 +123,7 @@ SecondaryStructure PiecewiseSecondaryStructure(const Structure& structure, Secon
     const int32_t from = std::max(0, first - kPieceOverlap);
     const int32_t to = std::min(n, last + kPieceOverlap);
     const Structure piece = Piece(structure, from, to);
-    const SecondaryStructure table = ReadDsspTable(*source.DsspOutput(piece, messages), piece.residues);
+    const SecondaryStructure table = source.Read(piece, messages);
     for (int32_t i = first; i < last; ++i) {
       const size_t k = static_cast<size_t>(i - from);
       whole.ss[static_cast<size_t>(i)] = table.ss[k];
@@ -164,7 +163,7 @@ bool ParseDecisionMode(const std::string& name, DecisionMode& mode) {
 void ReadChain(const ChainInput& input, const Params& params, SecondaryStructureSource* secondary,
                RunContext& context, ChainResult& result, int32_t dsspPiece) {
   context.Begin(params);
-  result.structure = ReadStructure(*input.lines);
+  result.structure = ReadStructure(*input.records);
   Structure& structure = result.structure;
   result.chain = JudgedChain(input, structure);
   result.contacts = CalcContacts(structure, params, context.workers);
@@ -173,7 +172,7 @@ void ReadChain(const ChainInput& input, const Params& params, SecondaryStructure
     const SecondaryStructure table =
         dsspPiece > 0 && structure.size() > 2 * dsspPiece
             ? PiecewiseSecondaryStructure(structure, *secondary, dsspPiece, context.messages)
-            : ReadDsspTable(*secondary->DsspOutput(structure, context.messages), structure.residues);
+            : secondary->Read(structure, context.messages);
     ApplySecondaryStructure(table, structure.residues, result.contacts);
   }
 }
@@ -208,7 +207,7 @@ ChainResult RunChain(const ChainInput& input, const Params& params,
     }
     return result;
   }
-  const ProfileSource source{input.lines, result.chain, input.profileName, size};
+  const ProfileSource source{input.records, result.chain, input.profileName, size};
   AssessmentLoop(source, input.entry, result, context);
   return result;
 }

@@ -1,4 +1,4 @@
-// One chain from its structure's lines to its report: residues, contacts, secondary structure,
+// One chain from its structure's records to its report: residues, contacts, secondary structure,
 // partition, domain records and, unless the run is relaxed, the confidence assessment with its
 // merge-back. The whole run is a value; nothing of it lives in the process.
 #pragma once
@@ -8,13 +8,14 @@
 #include <vector>
 
 #include "base/params.h"
-#include "base/text.h"
 #include "cath/candidates.h"
 #include "cath/decide.h"
 #include "contacts/contacts.h"
+#include "formats/atom_records.h"
 #include "output/domains.h"
 #include "partition/context.h"
 #include "partition/partition.h"
+#include "secondary/dssp_table.h"
 #include "structure/protein.h"
 
 namespace quarnel {
@@ -23,7 +24,7 @@ namespace quarnel {
 constexpr int kFirstResidueChain = -1;
 
 struct ChainInput {
-  const LineSource* lines = nullptr;  // the structure's lines, read again by the assessment
+  const RecordSource* records = nullptr;  // the structure's records, read again by the assessment
   std::string entry;                  // the name the report gives
   int chain = kFirstResidueChain;     // the judged chain's identifier
   std::string profileName;            // the name given when the lines cannot be read again

@@ -1,4 +1,4 @@
-// The atoms quarnel read, as DSSP's library takes them, and its table as the DSSP reader's text.
+// The atoms quarnel read, as DSSP's library takes them, and its rows matched to the residues.
 #include "secondary/dssp_source.h"
 
 #include <cstring>
@@ -16,39 +16,38 @@ void Copy(char (&to)[N], const char (&from)[M]) {
   std::memcpy(to, from, M);
 }
 
-DsspAtom ToDsspAtom(const Atom& atom) {
-  DsspAtom d{};
-  d.serial = atom.serial;
-  Copy(d.name, atom.fullName);
-  d.altloc = atom.altloc;
-  Copy(d.resname, atom.resname);
-  d.chain = atom.chain;
-  d.resnum = atom.resnum;
-  d.icode = atom.icode;
-  d.x = atom.x;
-  d.y = atom.y;
-  d.z = atom.z;
-  d.occupancy = atom.occupancy;
-  d.bfactor = atom.bfactor;
-  Copy(d.element, atom.element);
-  return d;
+// The fields of the atom's record that DSSP reads.
+AtomRecord RecordOf(const Atom& atom) {
+  AtomRecord record;
+  Copy(record.name, atom.fullName);
+  record.altloc = atom.altloc;
+  Copy(record.resname, atom.resname);
+  record.chain = atom.chain;
+  record.resnum = atom.resnum;
+  record.icode = atom.icode;
+  record.x = atom.x;
+  record.y = atom.y;
+  record.z = atom.z;
+  record.bfactor = atom.bfactor;
+  Copy(record.element, atom.element);
+  return record;
 }
 
 }  // namespace
 
-std::unique_ptr<LineSource> BuiltinDssp::DsspOutput(const Structure& structure,
-                                                    std::vector<Message>& messages) {
-  std::vector<DsspAtom> atoms;
+SecondaryStructure BuiltinDssp::Read(const Structure& structure, std::vector<Message>& messages) {
+  std::vector<AtomRecord> atoms;
   atoms.reserve(structure.atoms.size());
-  for (const Atom& atom : structure.atoms) atoms.push_back(ToDsspAtom(atom));
+  for (const Atom& atom : structure.atoms) atoms.push_back(RecordOf(atom));
+  std::vector<DsspRow> rows;
   try {
-    return std::make_unique<TextSource>(name_ + ".dssp", library_.ClassicTable(atoms));
+    for (const DsspResidue& residue : library_.Residues(atoms)) rows.push_back(residue.row);
   } catch (const std::runtime_error& failure) {
     messages.push_back(Message{Stream::kStderr,
                                Format("quarnel: %s: %s; going on without secondary structure\n",
                                       name_.c_str(), failure.what())});
-    return std::make_unique<TextSource>(name_ + " (no DSSP)", std::string());
   }
+  return MatchDsspRows(rows, structure.residues);
 }
 
 }  // namespace quarnel

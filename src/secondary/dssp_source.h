@@ -4,7 +4,7 @@
 #include <string>
 
 #include "secondary/dssp_library.h"
-#include "structure/dssp_reader.h"
+#include "secondary/dssp_table.h"
 
 namespace quarnel {
 
@@ -13,9 +13,9 @@ class BuiltinDssp final : public SecondaryStructureSource {
   // `name` is the input as messages give it.
   BuiltinDssp(const DsspLibrary& library, std::string name) : library_(library), name_(std::move(name)) {}
 
-  // DSSP's residue table; when DSSP fails, a note on standard error and text without a table.
-  std::unique_ptr<LineSource> DsspOutput(const Structure& structure,
-                                         std::vector<Message>& messages) override;
+  // DSSP's rows matched to the residues; when DSSP fails, a note on standard error and a table
+  // without secondary structure.
+  SecondaryStructure Read(const Structure& structure, std::vector<Message>& messages) override;
 
  private:
   const DsspLibrary& library_;

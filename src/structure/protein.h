@@ -1,21 +1,19 @@
-// The residue model every part of the engine works on, and the PDB reader that fills it from
-// the ATOM records of a structure's text.
+// The residue model every part of the engine works on, and the reader that fills it from the
+// ATOM records of a structure.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "base/text.h"
+#include "formats/atom_records.h"
 
 namespace quarnel {
 
 struct Atom {
   int32_t backbone;  // 1 for "CA ", "N  ", "C  ", "O  "
-  int32_t serial;
   char name[4];      // columns 14-16
   double x, y, z;
-  double occupancy;
   // The rest of the record, kept for secondary structure and for model confidence; the engine
   // reads none of it.
   char fullName[5];  // columns 13-16 as written
@@ -61,7 +59,11 @@ struct Structure {
 
 // Reads the ATOM records of the first model, every chain, without hydrogens. Fails with the
 // designed open and sufficiency messages; `source.name()` is the file name they give.
-Structure ReadStructure(const LineSource& source);
+Structure ReadStructure(const RecordSource& source);
+
+// The same from records at hand: the structure the reader builds, `name` standing for them in
+// the sufficiency failure.
+Structure StructureOf(const std::vector<AtomRecord>& records, const std::string& name);
 
 // Every residue in coil with no bridge partner: the state of a run without secondary structure.
 void SetSecondaryStructureDefaults(std::vector<Residue>& residues);

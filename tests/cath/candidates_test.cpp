@@ -7,7 +7,8 @@
 
 #include "cath/candidates.h"
 #include "cath/decide.h"
-#include "structure/dssp_reader.h"
+#include "formats/pdb_records.h"
+#include "secondary/dssp_table.h"
 #include "support.h"
 
 namespace quarnel {
@@ -20,7 +21,8 @@ struct Chain {
 
 Chain ReadChain(const std::string& pdb, const std::string& dssp = "") {
   Chain chain;
-  chain.structure = ReadStructure(FileSource(test::DataFile(pdb)));
+  const FileSource file(test::DataFile(pdb));
+  chain.structure = ReadStructure(PdbLineRecords(file));
   chain.contacts = CalcContacts(chain.structure, Params());
   SetSecondaryStructureDefaults(chain.structure.residues);
   if (!dssp.empty()) {

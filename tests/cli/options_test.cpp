@@ -1,10 +1,19 @@
-// The option scan: every option, values read without skipping them, atoi/atof conversions,
-// relaxed mode applied last, exact and case-sensitive names, the last argument as the input.
+// The option table: the classic scan (every option, values read without skipping them, atoi/atof
+// conversions, relaxed mode applied last, exact and case-sensitive names, the last argument as
+// the input), the record of the options results depend on, and README's option tables against
+// the rows.
 #include <gtest/gtest.h>
+
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
 
 #include "base/status.h"
 #include "base/text.h"
 #include "cli/options.h"
+#include "report/result_options.h"
+#include "support.h"
 
 namespace quarnel {
 namespace {
@@ -22,7 +31,7 @@ std::string Describe(const CommandLine& c) {
 }
 
 CommandLine Parse(const std::vector<const char*>& argv) {
-  return ParseOptions(static_cast<int>(argv.size()), argv.data());
+  return ParseClassic(static_cast<int>(argv.size()), argv.data());
 }
 
 void Relaxed(Params& p, int32_t maxNumDom) {
@@ -113,6 +122,110 @@ TEST(ParseOptions, DesignedFailures) {
       EXPECT_STREQ(failure.what(), row.text);
     }
   }
+}
+
+BatchOptions Parsed(std::vector<const char*> args) {
+  args.insert(args.begin(), "quarnel");
+  args.push_back("x.pdb");
+  return ParseBatch(static_cast<int>(args.size()), args.data());
+}
+
+// Options that give the same results record the same text; values as the run reads them.
+TEST(ResultOptions, RecordedAsTheRunReadsThem) {
+  const std::pair<std::vector<const char*>, const char*> cases[] = {
+      {{"--format", "tsv"}, ""},
+      {{"-noss", "-md", "2", "-ml", "30"}, "-md 2 -ml 30 -noss"},  // not the criteria relaxed mode sets
+      {{"-ex", "5", "40"}, "-ex 5 40"},
+      {{"-ms", "2.5", "-rs", "3.9", "-mbpass", "0", "-mt", "0.40"}, "-ms 2 -mbpass 0"},
+      {{"-el", "-noeva", "-nodssp", "-pdbpath", "p/", "--chain", "A"}, ""},
+      {{"--min-plddt", "70.0", "--dssp", "builtin", "-ca"}, "-ca --min-plddt 70"},
+      {{"--mode=cath", "-noss"}, "-noss --mode cath"},
+  };
+  for (const auto& [args, recorded] : cases) EXPECT_EQ(RecordedOptions(SettingsOf(Parsed(args))), recorded);
+}
+
+// ---- README's tables against the rows ----
+
+struct ReadmeOption {
+  std::string values;    // "n", "r1 r2", "" for a switch
+  std::string fallback;  // the Default column of the classic table
+  OptionKind kind;
+};
+
+// The backticked options of the first column of every row of a table, after `heading` in README.
+void ReadTable(const std::string& readme, const std::string& heading, OptionKind kind,
+               std::map<std::string, ReadmeOption>& options) {
+  std::istringstream in(readme.substr(readme.find(heading)));
+  std::string line;
+  while (std::getline(in, line) && line.rfind("| Option", 0) != 0) {
+  }
+  std::getline(in, line);  // |---|---|
+  const std::regex token("`([^` ]+)( [^`]*)?`");
+  while (std::getline(in, line) && line.rfind("|", 0) == 0) {
+    const size_t second = line.find('|', 1), third = line.find('|', second + 1);
+    const std::string first = line.substr(1, second - 1);
+    std::string fallback = line.substr(second + 1, third - second - 1);
+    fallback.erase(0, fallback.find_first_not_of(" `"));
+    fallback.erase(fallback.find_last_not_of(" `") + 1);
+    for (auto it = std::sregex_iterator(first.begin(), first.end(), token); it != std::sregex_iterator(); ++it) {
+      const std::string values = (*it)[2].matched ? std::string((*it)[2]).substr(1) : "";
+      options[(*it)[1]] = ReadmeOption{values, kind == OptionKind::kClassic ? fallback : "", kind};
+    }
+  }
+}
+
+TEST(OptionTable, ReadmeTablesListEveryRow) {
+  const std::string readme = test::ReadFile(test::SourceDir() + "/README.md");
+  std::map<std::string, ReadmeOption> listed;
+  ReadTable(readme, "The first table holds the options of the classic run", OptionKind::kClassic, listed);
+  ReadTable(readme, "Options of batch runs", OptionKind::kBatch, listed);
+  size_t count = 0;
+  const OptionRow* rows = OptionRows(count);
+  std::set<std::string> names;
+  for (size_t k = 0; k < count; ++k) {
+    const OptionRow& row = rows[k];
+    SCOPED_TRACE(row.name);
+    names.insert(row.name);
+    const auto found = listed.find(row.name);
+    ASSERT_NE(found, listed.end()) << "not in README's tables";
+    EXPECT_EQ(found->second.values, row.values);
+    EXPECT_EQ(found->second.kind == OptionKind::kClassic, row.kind == OptionKind::kClassic);
+    if (row.kind == OptionKind::kClassic) {
+      EXPECT_EQ(found->second.fallback, row.fallback);
+    }
+  }
+  for (const auto& [name, option] : listed) EXPECT_EQ(names.count(name), 1u) << name << " is in README, not in the table";
+}
+
+// --help lists every row under its name and values, with its help line.
+TEST(OptionTable, HelpListsEveryRow) {
+  const std::string help = HelpText();
+  size_t count = 0;
+  const OptionRow* rows = OptionRows(count);
+  for (size_t k = 0; k < count; ++k) {
+    const std::string name = rows[k].values[0] == '\0' ? rows[k].name : std::string(rows[k].name) + " " + rows[k].values;
+    EXPECT_TRUE(help.find(" " + name + " ") != std::string::npos || help.find(" " + name + ", ") != std::string::npos)
+        << name;
+  }
+  EXPECT_NE(help.find("\n  130, 143  a batch run stopped by SIGINT"), std::string::npos) << help;
+}
+
+// README's table of exit statuses holds the same statuses as --help's.
+TEST(OptionTable, ReadmeStatusesAreHelpStatuses) {
+  const std::string readme = test::ReadFile(test::SourceDir() + "/README.md");
+  std::istringstream in(readme.substr(readme.find("## Exit statuses")));
+  std::string line, fromReadme;
+  while (std::getline(in, line))
+    if (std::regex_match(line, std::regex("\\| [0-9][0-9, ]* \\|.*"))) fromReadme += line.substr(2, line.find(" |", 2) - 2) + ";";
+  std::string fromHelp;
+  const std::string help = HelpText();
+  std::istringstream lines(help.substr(help.find("Exit status:")));
+  while (std::getline(lines, line))
+    if (std::regex_match(line, std::regex("  [0-9]([0-9, ]*[0-9])? .*"))) {
+      std::string numbers = line.substr(2, line.find("  ", 2) - 2);
+      fromHelp += numbers + ";";
+    }
+  EXPECT_EQ(fromReadme, fromHelp);
 }
 
 }  // namespace

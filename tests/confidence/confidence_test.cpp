@@ -7,6 +7,7 @@
 
 #include "confidence/assessment.h"
 #include "confidence/profile.h"
+#include "formats/pdb_records.h"
 
 namespace quarnel {
 namespace {
@@ -74,15 +75,15 @@ TEST(Screening, BeforeNNAndConfidenceSteps) {
   for (const auto& s : steps) EXPECT_EQ(calconf(s.score), s.confidence) << s.score;
 }
 
-ProfileSource Source(const LineSource& lines, char chain) {
-  return ProfileSource{&lines, chain, "p.pdb", 10};
+ProfileSource Source(const RecordSource& records, char chain) {
+  return ProfileSource{&records, chain, "p.pdb", 10};
 }
 
 // The domain is residues 2-3 of chain A. Reading stops on the line after the first record of
 // chain A numbered above the domain's last residue (ENDNUM), so the CG after residue 4 never
 // reaches residue 3's centre; a TER stops it only after a record of the judged chain.
 TEST(ProfileReader, StopRulesAndCentres) {
-  const TextSource lines("p.pdb",
+  const TextSource text("p.pdb",
                          "ATOM      1  CA  GLY A   1       1.000   0.000   0.000\n"
                          "ATOM      2  CA  GLY A   2       2.000   0.000   0.000\n"
                          "ATOM      3  CA  LEU B   9       9.000   0.000   0.000\n"
@@ -94,11 +95,12 @@ TEST(ProfileReader, StopRulesAndCentres) {
                          "ATOM      8  CG  LEU A   3       3.000  90.000   0.000\n"
                          "TER\n"
                          "ATOM      9  CA  GLY A   2       2.000   0.000   0.000\n");
+  const PdbLineRecords lines(text);
   // With ENDNUM 99 only the TER stops the reading, after the CG. The records read once for
-  // every profile of a chain read as the lines do.
-  const ProfileText text = ReadProfileText(Source(lines, 'A'));
+  // every profile of a chain read as the file read again does.
+  const std::shared_ptr<const AtomRecords> records = ReadProfileRecords(Source(lines, 'A'));
   ProfileSource once = Source(lines, 'A');
-  once.text = &text;
+  once.held = records.get();
   for (const auto& [endnum, centreY] : {std::pair<int32_t, double>{3, 6.0}, {99, 34.0}})
   for (const ProfileSource& source : {Source(lines, 'A'), once}) {
     std::vector<Message> messages;
@@ -118,9 +120,10 @@ TEST(ProfileReader, StopRulesAndCentres) {
 }
 
 TEST(ProfileReader, DesignedFailures) {
-  const TextSource otherChain("p.pdb", "ATOM      1  CA  GLY B   2       2.000   0.000   0.000\n");
-  const FileSource missing("/nonexistent/p.pdb");
-  for (const auto& [lines, status] : {std::pair<const LineSource*, int>{&otherChain, 15}, {&missing, 4}}) {
+  const TextSource otherChainText("p.pdb", "ATOM      1  CA  GLY B   2       2.000   0.000   0.000\n");
+  const FileSource missingFile("/nonexistent/p.pdb");
+  const PdbLineRecords otherChain(otherChainText), missing(missingFile);
+  for (const auto& [lines, status] : {std::pair<const RecordSource*, int>{&otherChain, 15}, {&missing, 4}}) {
     std::vector<Message> messages;
     try {
       ProcessPDB(Source(*lines, 'A'), {{1, ' ', 5, ' '}}, 5, messages);

@@ -16,7 +16,6 @@ Atom MakeAtom(int32_t backbone, const char* name, const double* xyz) {
   atom.x = xyz[0];
   atom.y = xyz[1];
   atom.z = xyz[2];
-  atom.occupancy = 1.0;
   return atom;
 }
 

@@ -94,6 +94,8 @@ struct Setting {
   bool dssp;
 };
 
+void PrintTo(const Setting& setting, std::ostream* out) { *out << setting.name; }
+
 class BatchRows : public ::testing::TestWithParam<Setting> {
  protected:
   void SetUp() override {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "formats/pdb_writer.h"
 #include "formats/structure_file.h"
 #include "support.h"
 
@@ -44,6 +45,12 @@ std::string Comparable(const std::string& text) {
   }
   return out;
 }
+
+// The records of a chain, and of the whole first model, as PDB text.
+std::string ChainText(const StructureFile& file, const std::string& id) {
+  return PdbText(file.ChainRecords(id).records);
+}
+std::string WholeText(const StructureFile& file) { return PdbText(file.WholeRecords().records); }
 
 std::string Listing(const StructureFile& file) {
   std::string text;
@@ -187,15 +194,15 @@ TEST(StructureFile, ChainTextOfMmcifMatchesThePdbChainCopy) {
     SCOPED_TRACE(c.other);
     StructureFile pdb(test::DataFile(c.pdb));
     StructureFile other(test::DataFile(c.other));
-    std::string copy = pdb.ChainText(c.chain);
-    EXPECT_EQ(Comparable(other.ChainText(c.chain)), Comparable(copy));
+    std::string copy = ChainText(pdb, c.chain);
+    EXPECT_EQ(Comparable(ChainText(other, c.chain)), Comparable(copy));
     EXPECT_EQ(copy.substr(copy.size() - 8), "TER\nEND\n");
   }
   // A gzip file of two members (concatenated archives) is read whole, byte for byte.
   std::string pdbText = test::ReadFile(test::DataFile("1crn.pdb"));
   size_t half = pdbText.size() / 2;
   std::string twoMembers = Gzip(pdbText.substr(0, half)) + Gzip(pdbText.substr(half));
-  EXPECT_EQ(StructureFile::FromBytes("1crn.pdb.gz", twoMembers).WholeText(), pdbText);
+  EXPECT_EQ(StructureFile::FromBytes("1crn.pdb.gz", twoMembers).WholePdbText(), pdbText);
 }
 
 // quarnel's chain copy: ATOM records of the chain up to the first END or ENDMDL, a long line in
@@ -210,14 +217,14 @@ TEST(StructureFile, PdbChainTextFollowsTheChainCopyRules) {
   StructureFile file = StructureFile::FromBytes(
       "x.pdb", "MODEL        1\n" + atomA + water + atomB + "TER\n" + longA +
                    "ENDMDL\nMODEL        2\n" + atomA + "ENDMDL\n");
-  EXPECT_EQ(file.ChainText("A"), atomA + longA.substr(0, 299) + "\n" + "TER\nEND\n");
-  EXPECT_EQ(file.ChainText("B"), atomB + "TER\nEND\n");
+  EXPECT_EQ(ChainText(file, "A"), atomA + longA.substr(0, 299) + "\n" + "TER\nEND\n");
+  EXPECT_EQ(ChainText(file, "B"), atomB + "TER\nEND\n");
   EXPECT_EQ(Listing(file), "A:1:protein,B:1:protein");
 
   const std::string lastA = atomA.substr(0, 80);  // the file ends without a newline
   StructureFile unterminated = StructureFile::FromBytes("y.pdb", atomA + lastA);
-  EXPECT_EQ(unterminated.WholeText(), atomA + lastA);
-  EXPECT_EQ(unterminated.ChainText("A"), atomA + lastA + "\nTER\nEND\n");
+  EXPECT_EQ(unterminated.WholePdbText(), atomA + lastA);
+  EXPECT_EQ(ChainText(unterminated, "A"), atomA + lastA + "\nTER\nEND\n");
 }
 
 // wwPDB columns: names of one-letter elements from column 14, a calcium ion and four-character
@@ -231,7 +238,7 @@ TEST(StructureFile, MmcifSitesBecomeWwpdbRecords) {
   };
   StructureFile file = StructureFile::FromBytes("t.cif", Mmcif(sites));
   std::string pad(10, ' ');
-  EXPECT_EQ(file.WholeText(),
+  EXPECT_EQ(WholeText(file),
             "ATOM      1  CA AALA A   7     -11.250   2.000   3.000  0.50 31.50" + pad + " C  \n"
             "ATOM      2 HB12 ALA A   7       1.000   2.000   3.000  1.00  5.00" + pad + " H  \n"
             "TER       3      ALA A   7" + std::string(54, ' ') + "\n"
@@ -244,8 +251,8 @@ TEST(StructureFile, MmcifReadsTheFirstModelOnly) {
   StructureFile file = StructureFile::FromBytes(
       "m.cif", Mmcif({Atom("1", "A", "1"), Atom("2", "B", "1", "2"), Atom("3", "A", "2", "2")}));
   EXPECT_EQ(Listing(file), "A:1:protein");
-  EXPECT_EQ(file.ChainText("A").find("ATOM      1  CA  GLY A   1"), 0u);
-  EXPECT_EQ(file.ChainText("A").find("GLY A   2"), std::string::npos);
+  EXPECT_EQ(ChainText(file, "A").find("ATOM      1  CA  GLY A   1"), 0u);
+  EXPECT_EQ(ChainText(file, "A").find("GLY A   2"), std::string::npos);
 }
 
 // Long chain ids take free one-character ids in file order; past the pool the file can only be
@@ -254,38 +261,42 @@ TEST(StructureFile, LongChainIdsGetFreeOneCharacterIds) {
   StructureFile file = StructureFile::FromBytes(
       "c.cif", Mmcif({Atom("1", "A", "1"), Atom("2", "AA", "1"), Atom("3", "B", "1")}));
   EXPECT_EQ(Listing(file), "A:1:protein,AA:1:protein=C,B:1:protein");
-  EXPECT_EQ(file.ChainText("AA").substr(21, 1), "C");
-  EXPECT_NE(file.WholeText().find("GLY C   1"), std::string::npos);
+  EXPECT_EQ(ChainText(file, "AA").substr(21, 1), "C");
+  EXPECT_NE(file.WholePdbText().find("GLY C   1"), std::string::npos);
 
   std::vector<Site> many;
   for (int i = 0; i < 63; ++i) many.push_back(Atom(std::to_string(i + 1), "c" + std::to_string(i), "1"));
   StructureFile crowded = StructureFile::FromBytes("many.cif", Mmcif(many));
   EXPECT_EQ(crowded.chains()[61].text_id, '9');
   EXPECT_EQ(crowded.chains()[62].text_id, 'A');
-  EXPECT_EQ(crowded.ChainText("c62").substr(21, 1), "A");
-  EXPECT_THROW(crowded.WholeText(), std::runtime_error);
+  EXPECT_EQ(ChainText(crowded, "c62").substr(21, 1), "A");
+  EXPECT_THROW(crowded.WholeRecords(), std::runtime_error);
 }
 
-// A residue number past the PDB columns spoils its own chain only.
-TEST(StructureFile, ValuesPastThePdbColumnsAreRefusedPerChain) {
+// A residue number past the four columns is read whole (its PDB text writes it in hybrid-36); an
+// atom name longer than its columns spoils its own chain only.
+TEST(StructureFile, NumbersPastThePdbColumnsAreReadNamesPastThemRefused) {
+  Site longName = Atom("3", "C", "1");
+  longName.atom = "CA123";
   StructureFile file = StructureFile::FromBytes(
-      "n.cif", Mmcif({Atom("1", "A", "10000"), Atom("2", "B", "9999")}));
-  EXPECT_EQ(file.ChainText("B").substr(22, 4), "9999");
-  for (auto read : {+[](const StructureFile& f) { f.ChainText("A"); },
-                    +[](const StructureFile& f) { f.WholeText(); }}) {
+      "n.cif", Mmcif({Atom("1", "A", "10000"), Atom("2", "B", "9999"), longName}));
+  EXPECT_EQ(file.ChainRecords("A").records.front().resnum, 10000);
+  EXPECT_EQ(ChainText(file, "A").substr(22, 4), "A000");
+  EXPECT_EQ(ChainText(file, "B").substr(22, 4), "9999");
+  for (auto read : {+[](const StructureFile& f) { f.ChainRecords("C"); },
+                    +[](const StructureFile& f) { f.WholeRecords(); }}) {
     try {
       read(file);
       ADD_FAILURE() << "no error";
     } catch (const std::runtime_error& error) {
-      EXPECT_NE(std::string(error.what()).find("n.cif: chain A residue 10000"), std::string::npos)
-          << error.what();
+      EXPECT_STREQ(error.what(), "n.cif: chain C residue 1 atom CA123: atom name longer than 4 characters");
     }
   }
   try {
-    file.ChainText("Z");
+    file.ChainRecords("Z");
     ADD_FAILURE() << "no error";
   } catch (const std::runtime_error& error) {
-    EXPECT_STREQ(error.what(), "n.cif: no chain 'Z' (chains: A, B)");
+    EXPECT_STREQ(error.what(), "n.cif: no chain 'Z' (chains: A, B, C)");
   }
 }
 

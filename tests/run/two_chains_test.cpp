@@ -2,6 +2,7 @@
 // reports that separate processes of the tool give (the lines of the golden table).
 #include <gtest/gtest.h>
 
+#include "formats/pdb_records.h"
 #include "run/chain.h"
 #include "support.h"
 
@@ -12,8 +13,8 @@ namespace {
 class StoredDssp final : public SecondaryStructureSource {
  public:
   explicit StoredDssp(std::string text) : text_(std::move(text)) {}
-  std::unique_ptr<LineSource> DsspOutput(const Structure&, std::vector<Message>&) override {
-    return std::make_unique<TextSource>("stored.dssp", text_);
+  SecondaryStructure Read(const Structure& structure, std::vector<Message>&) override {
+    return ReadDsspTable(TextSource("stored.dssp", text_), structure.residues);
   }
 
  private:
@@ -38,8 +39,9 @@ TEST(RunChain, ChainsInTurnWithOneContextMatchSeparateProcesses) {
   StoredDssp dssp(test::ReadFile(test::DataFile("1rmd.dssp")));
   RunContext context;
   for (const Run& run : runs) {
-    const FileSource lines(test::DataFile(std::string(run.entry) + ".pdb"));
-    const ChainInput input{&lines, run.entry, kFirstResidueChain, lines.name()};
+    const FileSource file(test::DataFile(std::string(run.entry) + ".pdb"));
+    const PdbLineRecords records(file);
+    const ChainInput input{&records, run.entry, kFirstResidueChain, file.name()};
     Params params;
     params.MaxNumDom = run.maxNumDom;
     params.FlagSS = run.dssp ? 1 : 0;
@@ -53,8 +55,9 @@ TEST(RunChain, ChainsInTurnWithOneContextMatchSeparateProcesses) {
 // The samples of a level and the domains of a partition spread over threads: every thread count
 // gives the single thread's partition, cut for cut, and its report.
 TEST(RunChain, ThreadsChangeNothing) {
-  const FileSource lines(test::DataFile("2yex.pdb"));
-  const ChainInput input{&lines, "2yex", kFirstResidueChain, lines.name()};
+  const FileSource file(test::DataFile("2yex.pdb"));
+  const PdbLineRecords records(file);
+  const ChainInput input{&records, "2yex", kFirstResidueChain, file.name()};
   Params params;
   params.FlagSS = 0;
   RunContext single;

@@ -18,13 +18,13 @@
 
 namespace {
 
-using quarnel::DsspAtom;
+using quarnel::AtomRecord;
 using quarnel::DsspLibrary;
 namespace test = quarnel::test;
 
-std::string DsspClassicTable(const std::vector<quarnel::DsspAtom>& atoms) {
+std::string DsspClassicTable(const std::vector<AtomRecord>& atoms) {
   const DsspLibrary library;
-  return library.ClassicTable(atoms);
+  return quarnel::ClassicDsspTable(library.Residues(atoms));
 }
 
 constexpr size_t kComparedColumns = 34;  // up to the sheet label
@@ -44,15 +44,15 @@ void CopyField(const std::string& field, char (&out)[N]) {
 
 // The ATOM records as quarnel's reader keeps them: up to the first END, no hydrogen named with
 // 'H' in column 14; `chain` '*' keeps every chain.
-std::vector<DsspAtom> ReadAtoms(const std::string& file, char chain = '*') {
+std::vector<AtomRecord> ReadAtoms(const std::string& file, char chain = '*') {
   std::ifstream in(test::DataFile(file));
-  std::vector<DsspAtom> atoms;
+  std::vector<AtomRecord> atoms;
   std::string line;
   while (std::getline(in, line)) {
     if (line.compare(0, 3, "END") == 0) break;
     if (line.compare(0, 6, "ATOM  ") != 0 || Field(line, 14, 14) == "H") continue;
     if (chain != '*' && Field(line, 22, 22)[0] != chain) continue;
-    DsspAtom atom{};
+    AtomRecord atom;
     atom.serial = std::stoi(Field(line, 7, 11));
     CopyField(Field(line, 13, 16), atom.name);
     atom.altloc = Field(line, 17, 17)[0];
@@ -110,9 +110,9 @@ TEST(DsspLibrary, TablesEqualMkdssp) {
   }
 }
 
-std::vector<DsspAtom> CaTrace() {
-  std::vector<DsspAtom> atoms;
-  for (const DsspAtom& atom : ReadAtoms("1crn.pdb")) {
+std::vector<AtomRecord> CaTrace() {
+  std::vector<AtomRecord> atoms;
+  for (const AtomRecord& atom : ReadAtoms("1crn.pdb")) {
     if (std::strcmp(atom.name, " CA ") == 0) atoms.push_back(atom);
   }
   return atoms;
@@ -120,7 +120,7 @@ std::vector<DsspAtom> CaTrace() {
 
 struct FailureCase {
   const char* what;
-  std::vector<DsspAtom> atoms;
+  std::vector<AtomRecord> atoms;
 };
 
 TEST(DsspLibrary, UnusableAtomsThrow) {
@@ -134,7 +134,7 @@ TEST(DsspLibrary, UnusableAtomsThrow) {
   }
 }
 
-std::vector<std::string> RowsOrError(const std::vector<DsspAtom>& atoms) {
+std::vector<std::string> RowsOrError(const std::vector<AtomRecord>& atoms) {
   try {
     return Rows(DsspClassicTable(atoms));
   } catch (const std::exception& e) {
@@ -147,7 +147,7 @@ std::vector<std::string> RowsOrError(const std::vector<DsspAtom>& atoms) {
 TEST(DsspLibrary, ThreadsAtOnceGetTheSameTables) {
   constexpr size_t kThreads = 4;
   const size_t cases = std::size(kTableCases);
-  std::vector<std::vector<DsspAtom>> inputs;
+  std::vector<std::vector<AtomRecord>> inputs;
   for (const TableCase& c : kTableCases) inputs.push_back(ReadAtoms(c.input));
   std::vector<std::vector<std::vector<std::string>>> results(
       kThreads, std::vector<std::vector<std::string>>(cases));

@@ -1,10 +1,10 @@
-// The PDB reader and the DSSP table reader on literal record lines.
+// The structure reader on literal record lines, read by the classic reader's rules.
 #include <gtest/gtest.h>
 
 #include <cstring>
 
 #include "base/status.h"
-#include "structure/dssp_reader.h"
+#include "formats/pdb_records.h"
 #include "structure/protein.h"
 
 namespace quarnel {
@@ -39,6 +39,11 @@ const char kStructure[] =
     "ENDMDL\n"
     "ATOM     21  N   LYS B   3      60.000  10.000  10.000  1.00  0.00           N\n";
 
+Structure Read(const std::string& name, const std::string& text) {
+  const TextSource lines(name, text);
+  return ReadStructure(PdbLineRecords(lines));
+}
+
 std::string Describe(const Structure& s) {
   std::string text;
   for (const Residue& r : s.residues) {
@@ -56,12 +61,12 @@ TEST(PdbReader, ResiduesOfTheFirstModelWithoutHydrogensOrHetatm) {
       "1 A 1  THR 5 ca=21.5: N   CA  CA  G21 N  \n"  // chain B's residue 1 joins it
       "2 B 1A ALA 4 ca=41.0: N   CA  C   O  \n"
       "3 B 2   DG 4 ca=50.0: P   O5' C5' C4'\n";
-  EXPECT_EQ(Describe(ReadStructure(TextSource("s.pdb", kStructure))), kExpected);
+  EXPECT_EQ(Describe(Read("s.pdb", kStructure)), kExpected);
   // Files written on Windows (2yex is one) read the same.
   std::string crlf;
   for (const char* c = kStructure; *c != '\0'; ++c) crlf += *c == '\n' ? "\r\n" : std::string(1, *c);
-  EXPECT_EQ(Describe(ReadStructure(TextSource("s.pdb", crlf))), kExpected);
-  EXPECT_EQ(ReadStructure(TextSource("empty.pdb", "")).size(), 0);
+  EXPECT_EQ(Describe(Read("s.pdb", crlf)), kExpected);
+  EXPECT_EQ(Read("empty.pdb", "").size(), 0);
 }
 
 // Four stored atoms per residue on average are needed: a CA-only model fails.
@@ -72,9 +77,9 @@ TEST(PdbReader, SufficiencyCheckAtFourAtomsPerResidue) {
       "ATOM     13  N   ALA B   1A     40.000  10.000  10.000\n"
       "ATOM     14  CA  ALA B   1A     41.000  10.000  10.000\n"
       "ATOM     15  C   ALA B   1A     42.000  10.000  10.000\n";
-  EXPECT_EQ(ReadStructure(TextSource("ok.pdb", first + three + fourth)).size(), 2);
+  EXPECT_EQ(Read("ok.pdb", first + three + fourth).size(), 2);
   try {
-    ReadStructure(TextSource("few.pdb", first + three));
+    Read("few.pdb", first + three);
     ADD_FAILURE() << "7 atoms in 2 residues were accepted";
   } catch (const Failure& failure) {
     EXPECT_EQ(failure.exit_status(), 100);
@@ -83,49 +88,29 @@ TEST(PdbReader, SufficiencyCheckAtFourAtomsPerResidue) {
   }
 }
 
-std::vector<Residue> Numbered(const std::vector<std::pair<int, char>>& numbers) {
-  std::vector<Residue> residues(numbers.size());
-  for (size_t i = 0; i < numbers.size(); ++i) {
-    residues[i].index = static_cast<int32_t>(i);
-    residues[i].resnum = numbers[i].first;
-    residues[i].icode = numbers[i].second;
-  }
-  return residues;
-}
-
-TEST(DsspReader, LettersAndPartnersMatchedForwardOnly) {
-  const std::vector<Residue> residues =
-      Numbered({{1, ' '}, {2, ' '}, {3, ' '}, {52, ' '}, {52, 'A'}, {53, ' '}, {54, ' '}, {60, ' '}});
-  const char kTable[] =
-      "    1    2 A K  E           0   0A  10\n"  // before the header: not a table line
-      "  #  RESIDUE AA STRUCTURE BP1 BP2  ACC\n"
-      "    1    1 A M              0   0A  10\n"  // a blank letter leaves coil
-      "    2    2 A K  E           0   6A  10\n"  // BP1 0 is no partner
-      "    3    3 A V  E           4   0A  10\n"  // partner on a break line: the residue before it
-      "    4        !*             0   0    0\n"
-      "    5   52 A X  E           0   0A  10\n"  // unknown residue: passed over
-      "    6   52 A L  B           2   0A  10\n"  // an isolated bridge keeps no partner
-      "    7   52AA G  E           0   2A  10\n"
-      "    8   60 A S  H           0   0A  10\n"  // 53 and 54 are passed by
-      "    9   53 A T  E           9   0A  10\n";  // behind the cursor: applies to the last
-  const SecondaryStructure table = ReadDsspTable(TextSource("t.dssp", kTable), residues);
-  EXPECT_EQ(std::string(table.ss.begin(), table.ss.end()), "LEEBELLE");
-  EXPECT_EQ(table.bridge1, (std::vector<int32_t>{-1, -1, 2, -1, -1, -1, -1, 7}));
-  EXPECT_EQ(table.bridge2, (std::vector<int32_t>{-1, 3, -1, -1, 1, -1, -1, -1}));
-
-  // The empty output of a DSSP run that failed changes nothing.
-  const SecondaryStructure none = ReadDsspTable(TextSource("t.dssp", ""), residues);
-  EXPECT_EQ(std::string(none.ss.begin(), none.ss.end()), "LLLLLLLL");
-  EXPECT_EQ(none.bridge1, std::vector<int32_t>(8, -1));
-}
-
-TEST(DsspReader, UnopenableOutputFailsWithStatus5) {
-  try {
-    ReadDsspTable(FileSource("/nonexistent/x.dssp"), Numbered({{1, ' '}}));
-    ADD_FAILURE() << "no failure";
-  } catch (const Failure& failure) {
-    EXPECT_EQ(failure.exit_status(), 5);
-    EXPECT_STREQ(failure.what(), "INPUT /nonexistent/x.dssp OPEN ERROR: QUIT\n");
+// Gzip data and mmCIF read by PDB columns would give nonsense that looks real: refused, with
+// what the text is; an mmCIF data block after a residue's atom is only a line.
+TEST(PdbReader, RefusesGzipAndMmcif) {
+  const std::string atom = "ATOM      1  CA  GLY A   1      11.000  10.000  10.000\n";
+  const struct {
+    std::string text;
+    int status;
+    const char* hint;
+  } cases[] = {
+      {"\x1f\x8b\x08rest\n" + atom, 5, "quarnel: t.pdb is gzip-compressed; quarnel reads PDB-format files"},
+      {"# comment\ndata_1abc\n" + atom, 5, "quarnel: t.pdb is an mmCIF file; quarnel reads PDB-format files"},
+      {"ATOM      1  H   GLY A   1      11.000  10.000  10.000\ndata_1abc\n" + atom, 5,
+       "quarnel: t.pdb is an mmCIF file; quarnel reads PDB-format files"},  // a hydrogen is no residue yet
+      {atom + "data_1abc\n", 100, ""},
+  };
+  for (const auto& c : cases) {
+    try {
+      Read("t.pdb", c.text);
+      ADD_FAILURE() << "read: " << c.text;
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.exit_status(), c.status) << c.text;
+      EXPECT_EQ(failure.hint(), c.hint) << c.text;
+    }
   }
 }
 

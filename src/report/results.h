@@ -1,0 +1,50 @@
+// The results written for each chain (the classic report line, one TSV row, one JSON line) and
+// the line a results file opens with, which records the options that made it.
+#pragma once
+
+#include <string>
+
+#include "report/outcome.h"
+
+namespace quarnel {
+
+enum class ResultFormat { kClassic, kTsv, kJson };
+
+// "classic", "tsv" or "json"; false for any other name.
+bool ParseResultFormat(const std::string& name, ResultFormat& format);
+const char* ResultFormatName(ResultFormat format);
+
+// What a results file opens with: for TSV a comment line recording the options and the column
+// names, for JSON Lines an object recording the options; nothing for classic report lines.
+// `options` is the recorded text of the result-affecting options (RecordedOptions).
+std::string ResultHeader(ResultFormat format, const std::string& options);
+
+// The recorded options of a results file's first line (as ResultHeader wrote them); false when
+// the line is not the record line of that format.
+bool ReadRecordedOptions(ResultFormat format, const std::string& firstLine, std::string& options);
+
+// The TSV column names: Chainsaw's seven, then quarnel's own.
+inline constexpr char kTsvColumns[] =
+    "chain_id\tsequence_md5\tnres\tndom\tchopping\tconfidence\ttime_sec\t"
+    "verdict\tinput\tchain\tdomain_confidences\tmode\tboundaries\n";
+// The first words of the line a TSV results file opens with, and of a JSON Lines one.
+inline constexpr char kTsvRecordStart[] = "# quarnel ";
+inline constexpr char kJsonRecordKey[] = "quarnel";
+// What the record line says when no result-affecting option differs from its default.
+inline constexpr char kDefaultOptions[] = "(defaults)";
+
+// One chain's lines, newline included. A failed chain writes nothing in any format: its
+// reason goes to the driver's error report, and a resumed run tries it again because no
+// result of it is on file.
+std::string FormatResult(ResultFormat format, const ChainOutcome& outcome);
+
+// The text a TSV field gets: no tab or line end (a file name that has one is written with
+// blanks); "NULL" for a value that is absent.
+std::string TsvField(const std::string& text);
+
+// Each format's writer (tsv_rows.cpp, json_rows.cpp): a judged chain's line, the opening line.
+std::string TsvRow(const ChainOutcome& outcome);
+std::string JsonRow(const ChainOutcome& outcome);
+std::string JsonRecord(const std::string& options);
+
+}  // namespace quarnel
