@@ -86,8 +86,8 @@ void RunOneChain(const BatchContext& batch, const Input& input, const StructureF
     context.workers = engine.get();
   }
   try {
-    outcome.result = RunChainIn(options.mode, ChainInput{&records, outcome.entry, JudgedChain(file, chainId), input.path},
-                                options.params, secondary.get(), context);
+    const ChainInput chain{&records, outcome.entry, JudgedChain(file, chainId), input.path};
+    outcome.result = RunChainIn(options.mode, chain, options.params, secondary.get(), context);
     if (!options.featuresFile.empty()) outcome.features = CandidatesJson(outcome);
     outcome.ok = true;
   } catch (const Failure& failure) {

@@ -48,6 +48,9 @@ bool UsesExternalDssp(const BatchOptions& options);
 // secondary structure, or through the DSSP program of DSSP_PATH).
 bool UsesDsspLibrary(const BatchOptions& options);
 
+// Fails with status 2 and a hint when options do not go together, or nothing is to be read.
+void CheckBatchOptions(const BatchOptions& options);
+
 // What of the options decides a chain's result, as results files record it.
 ResultSettings SettingsOf(const BatchOptions& options);
 

@@ -82,7 +82,8 @@ void WriteClosingRecords(std::FILE* out) {
 [[noreturn]] void ChainCopyFailed(const ResolvedInput& input, const std::string& reason = {}) {
   Fail(Status::kChainCopyCreate, Stream::kStdout,
        Format("Unable to open %s: Quit!\n", input.templateName.c_str()),
-       reason.empty() ? std::string() : Format("quarnel: cannot write %s: %s", input.templateName.c_str(), reason.c_str()));
+       reason.empty() ? std::string()
+                      : Format("quarnel: cannot write %s: %s", input.templateName.c_str(), reason.c_str()));
 }
 
 // The ATOM records of the requested chain, up to the first END or ENDMDL, read in the pieces the

@@ -27,7 +27,9 @@ int RemoveOne(const char* path, const struct stat*, int, struct FTW*) {
 
 }  // namespace
 
-bool CanRead(const std::string& path) { return std::unique_ptr<std::FILE, FileCloser>(std::fopen(path.c_str(), "r")) != nullptr; }
+bool CanRead(const std::string& path) {
+  return std::unique_ptr<std::FILE, FileCloser>(std::fopen(path.c_str(), "r")) != nullptr;
+}
 
 bool IsDirectory(const std::string& path) {
   struct stat status;

@@ -2,6 +2,7 @@
 // belongs on and the exit status; only the command line prints it and exits.
 #pragma once
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 
@@ -34,6 +35,15 @@ enum class Status : int {
   kInterrupted = 130,      // batch runs: stopped by SIGINT (128 + the signal, which ends it)
   kTerminated = 143,       // batch runs: stopped by SIGTERM
 };
+
+// What a status means, one line per number the program ends with (two numbers where they mean
+// one thing: 20 and 30, 130 and 143), in increasing order.
+struct StatusMeaning {
+  Status status;
+  Status also;  // a second status of the same meaning; kCompleted (0) for none
+  char text[200];
+};
+const StatusMeaning* StatusMeanings(size_t& count);
 
 enum class Stream { kStdout, kStderr };
 

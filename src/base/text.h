@@ -97,6 +97,9 @@ inline int TruncToInt(double value) {
   return static_cast<int>(value);
 }
 
+// Levenshtein distance: the fewest insertions, deletions and substitutions that turn a into b.
+size_t EditDistance(const std::string& a, const std::string& b);
+
 // printf-style formatting into a std::string of whatever length the values need.
 std::string Format(const char* format, ...) __attribute__((format(printf, 1, 2)));
 

@@ -20,42 +20,6 @@ constexpr size_t kWidth = 96;       // lines of --help are wrapped to this many 
 constexpr size_t kOptionColumn = 22;  // where an option's help text starts
 constexpr size_t kStatusColumn = 12;  // where a status's text starts
 
-struct StatusLine {
-  Status status;
-  Status also;  // a second status of the same line, or the same again
-  char text[200];
-};
-
-constexpr StatusLine kStatusLines[] = {
-    {Status::kCompleted, Status::kCompleted, "done (also: no argument, which prints the usage lines)"},
-    {Status::kDsspPathUnset, Status::kDsspPathUnset,
-     "DSSP_PATH not set for a classic run that needs DSSP; or a run needs DSSP's library and quarnel-full "
-     "cannot be run"},
-    {Status::kBadOption, Status::kBadOption,
-     "a bad option or option value; --out naming an input; --resume onto a file that does not hold "
-     "results of the same format made with the same options"},
-    {Status::kSomeInputsFailed, Status::kSomeInputsFailed,
-     "a batch run in which some inputs or chains failed (each named on standard error: files and folders "
-     "that cannot be read, chains refused or not judged, pictures not written)"},
-    {Status::kProfileReopen, Status::kProfileReopen, "the structure file could not be read again for the confidence assessment"},
-    {Status::kInputOpen, Status::kInputOpen, "the structure file or the DSSP output could not be opened"},
-    {Status::kWriteFailed, Status::kWriteFailed,
-     "a batch run could not write a results file, picture or domain file, or a run could not write "
-     "standard output (the file and the system's reason on standard error)"},
-    {Status::kChainCopyCreate, Status::kChainCopyCreate, "the chain copy could not be written"},
-    {Status::kCodeFileOpen, Status::kCodeFileOpen, "the PDB file of a code could not be opened"},
-    {Status::kEngineFault, Status::kEngineFault, "the -ex residues are not in the chain, or an internal limit was met"},
-    {Status::kSegmentsAlloc, Status::kSegmentsAlloc, "domain records could not be allocated"},
-    {Status::kNoProfileResidue, Status::kNoProfileResidue,
-     "no residue of a domain in the file read again (a multi-chain file read whole, or a code without "
-     "chain letter: name the chain)"},
-    {Status::kBottleneck, Status::kQueueOverflow, "internal consistency failures of the flow search"},
-    {Status::kAllocation, Status::kAllocation, "out of memory"},
-    {Status::kTooFewAtoms, Status::kTooFewAtoms, "too few atoms per residue (a CA-only model)"},
-    {Status::kInterrupted, Status::kTerminated,
-     "a batch run stopped by SIGINT or SIGTERM (128 + the signal), its temporary files removed"},
-};
-
 constexpr char kHead[] = R"(quarnel: splits protein chains into structural domains.
 
 Usage:
@@ -155,11 +119,13 @@ std::string GroupRows(HelpGroup group) {
 }
 
 std::string StatusRows() {
+  size_t count = 0;
+  const StatusMeaning* meanings = StatusMeanings(count);
   std::string text;
-  for (const StatusLine& line : kStatusLines) {
-    std::string numbers = std::to_string(static_cast<int>(line.status));
-    if (line.also != line.status) numbers += ", " + std::to_string(static_cast<int>(line.also));
-    text += Wrapped("  " + numbers, line.text, kStatusColumn);
+  for (size_t k = 0; k < count; ++k) {
+    std::string numbers = std::to_string(static_cast<int>(meanings[k].status));
+    if (meanings[k].also != Status::kCompleted) numbers += ", " + std::to_string(static_cast<int>(meanings[k].also));
+    text += Wrapped("  " + numbers, meanings[k].text, kStatusColumn);
   }
   return text;
 }

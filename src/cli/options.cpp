@@ -47,8 +47,10 @@ constexpr OptionRow kRows[] = {
     {I::kSp, "-sp", "n", K::kClassic, C::kAtoi, "", "20", G::kClassic, "sampled source/sink pairs per anchor pair"},
     {I::kCa, "-ca", "", K::kClassic, C::kNone, "", "off", G::kClassic, "contacts from CA atoms only"},
     {I::kNoss, "-noss", "", K::kClassic, C::kNone, "", "off", G::kClassic, "no secondary structure"},
-    {I::kNoeva, "-noeva", "", K::kClassic, C::kNone, "", "off", G::kClassic, "kept for compatibility; changes nothing"},
-    {I::kNodssp, "-nodssp", "", K::kClassic, C::kNone, "", "off", G::kClassic, "kept for compatibility; changes nothing"},
+    {I::kNoeva, "-noeva", "", K::kClassic, C::kNone, "", "off", G::kClassic,
+     "kept for compatibility; changes nothing"},
+    {I::kNodssp, "-nodssp", "", K::kClassic, C::kNone, "", "off", G::kClassic,
+     "kept for compatibility; changes nothing"},
     {I::kPdbpath, "-pdbpath", "dir", K::kClassic, C::kText, "", "./", G::kClassic,
      "prefix for PDB codes, used verbatim"},
     {I::kChain, "--chain", "ID", K::kBatch, C::kText, "", "", G::kChains,
@@ -70,8 +72,10 @@ constexpr OptionRow kRows[] = {
     {I::kResume, "--resume", "", K::kBatch, C::kNone, "", "", G::kResults,
      "with --out and tsv or json: skip chains already in FILE, append the others (same options only)"},
     {I::kJobsShort, "-j", "N", K::kBatch, C::kCount, "", "", G::kResults, ""},
-    {I::kJobs, "--jobs", "N", K::kBatch, C::kCount, "", "", G::kResults, "chains at once (default: the machine's cores)"},
-    {I::kPymol, "--pymol", "DIR", K::kBatch, C::kText, "", "", G::kResults, "a PyMOL script per chain colouring its domains"},
+    {I::kJobs, "--jobs", "N", K::kBatch, C::kCount, "", "", G::kResults,
+     "chains at once (default: the machine's cores)"},
+    {I::kPymol, "--pymol", "DIR", K::kBatch, C::kText, "", "", G::kResults,
+     "a PyMOL script per chain colouring its domains"},
     {I::kChimerax, "--chimerax", "DIR", K::kBatch, C::kText, "", "", G::kResults,
      "a ChimeraX script per chain colouring its domains"},
     {I::kSaveDomains, "--save-domains", "DIR", K::kBatch, C::kText, "", "", G::kResults, "one PDB file per domain"},
@@ -203,22 +207,6 @@ CommandLine ParseClassic(int argc, const char* const* argv) {
 
 namespace {
 
-// Levenshtein distance, to point a mistyped option to the one meant.
-size_t EditDistance(const std::string& a, const std::string& b) {
-  std::vector<size_t> row(b.size() + 1);
-  for (size_t j = 0; j <= b.size(); ++j) row[j] = j;
-  for (size_t i = 1; i <= a.size(); ++i) {
-    size_t diagonal = row[0];
-    row[0] = i;
-    for (size_t j = 1; j <= b.size(); ++j) {
-      const size_t above = row[j];
-      row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
-      diagonal = above;
-    }
-  }
-  return row[b.size()];
-}
-
 [[noreturn]] void BadOption(const std::string& text, const std::string& hint = {}) {
   Fail(Status::kBadOption, Stream::kStderr, "quarnel: " + text + "\n",
        hint.empty() ? "quarnel: 'quarnel --help' lists every option" : hint);
@@ -261,7 +249,8 @@ std::string ChoiceList(const char* choices) {
 
 bool IsChoice(const char* choices, const std::string& value) {
   const std::string bounded = std::string("|") + choices + "|";
-  return !value.empty() && value.find('|') == std::string::npos && bounded.find("|" + value + "|") != std::string::npos;
+  return !value.empty() && value.find('|') == std::string::npos &&
+         bounded.find("|" + value + "|") != std::string::npos;
 }
 
 // The value checked as the row says: a number, a count, one of the choices.
@@ -305,21 +294,6 @@ void ApplyBatch(const OptionRow& row, const std::string& value, BatchOptions& o)
     case I::kDssp: o.dssp = value == "builtin" ? DsspChoice::kBuiltin : DsspChoice::kExternal; break;
     default: break;  // --help and --version in a longer command line change nothing
   }
-}
-
-// Options that do not go together, and a run with nothing to read.
-void CheckTogether(const BatchOptions& o) {
-  if (!o.chain.empty() && o.eachChain) BadOption("--chain and --each-chain exclude each other");
-  if (o.resume && o.out.empty()) BadOption("--resume needs --out FILE");
-  if (o.resume && o.format == ResultFormat::kClassic)
-    BadOption("--resume needs --format tsv or json",
-              "quarnel: classic report lines do not say which input and chain they came from");
-  if (!o.featuresFile.empty() && o.mode != DecisionMode::kCath)
-    BadOption("--features needs --mode cath", "quarnel: only the accuracy mode has candidate cuts to write");
-  if (o.mode == DecisionMode::kCath && o.params.MaxNumDom != kDefaultMaxNumDom)
-    BadOption("--mode cath decides the number of domains itself: -md and -ex do not apply");
-  if (o.inputs.empty() && o.listFile.empty())
-    BadOption("no input: name structure files, folders or PDB codes, or --list FILE");
 }
 
 // One option and its values, from the argument at `i` on; `beyondDssp` turns true for a batch
@@ -372,7 +346,7 @@ BatchOptions ParseBatch(int argc, const char* const* argv) {
       TakeOption(arg, argc, argv, i, options, beyondDssp);
     }
   }
-  CheckTogether(options);
+  CheckBatchOptions(options);
   // The classic hint for a missing DSSP_PATH says to add --dssp builtin: the command line is then
   // still read as the classic run reads it, the file whole, with the DSSP named.
   options.wholeFile = !beyondDssp && options.inputs.size() == 1 && options.listFile.empty();

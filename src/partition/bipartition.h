@@ -40,9 +40,16 @@ class CutJudge {
     int64_t intra1 = 0, intra2 = 0;
     int64_t interW = 0, interC = 0;
   };
+  // Each side's segments: runs of consecutive residues in the chain.
+  struct SegmentCounts {
+    int32_t first, second;
+  };
   static constexpr int32_t kNotInLevel = -1;
 
   std::vector<uint8_t> Sides(const Residue* slice, int split, int n) const;
+  SegmentCounts CountSideSegments(Residue* slice, int split, int n) const;
+  float Score(const ContactSums& sums, float wnorm, int res1, int res2, SegmentCounts segments,
+              int32_t betapair, int32_t betapass) const;
   ContactSums SumContacts(const Residue* slice, int split, int n,
                           const std::vector<uint8_t>& side) const;
   int32_t BetaPairs(const std::vector<uint8_t>& side) const;

@@ -138,12 +138,9 @@ float CutJudge::GoodDomainCut(Residue* slice, int split, int n, CutScores* score
     scores->inter2 = i2;
   }
 
-  SortByIndex(slice, res1);
-  SortByIndex(slice + split, res2);
-  const int32_t seg1 = CountSegments(slice, res1);
-  const int32_t seg2 = CountSegments(slice + split, res2);
-  SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare2);
-  if (F(res1) / F(seg1) < params_.MinSegRes || F(res2) / F(seg2) < params_.MinSegRes) return kRejectedScore;
+  const SegmentCounts segments = CountSideSegments(slice, split, n);
+  if (F(res1) / F(segments.first) < params_.MinSegRes || F(res2) / F(segments.second) < params_.MinSegRes)
+    return kRejectedScore;
 
   const int32_t betapair = BetaPairs(side);
   const int32_t betapass = BetaPasses(side);
@@ -160,7 +157,25 @@ float CutJudge::GoodDomainCut(Residue* slice, int split, int n, CutScores* score
   const float cnorm = F(sums.interC) * atomsBoth / F(sums.atoms1) / F(sums.atoms2);
   if (cnorm > params_.MaxTime) return kRejectedScore;
   scores->interface = cnorm;
+  return Score(sums, wnorm, res1, res2, segments, betapair, betapass);
+}
 
+// Each side ordered by chain index to count its segments, then the slice put back by part.
+CutJudge::SegmentCounts CutJudge::CountSideSegments(Residue* slice, int split, int n) const {
+  const int res1 = split;
+  const int res2 = n - split;
+  SortByIndex(slice, res1);
+  SortByIndex(slice + split, res2);
+  const SegmentCounts segments{CountSegments(slice, res1), CountSegments(slice + split, res2)};
+  SortRecords(slice, static_cast<size_t>(n), sizeof(Residue), compare2);
+  return segments;
+}
+
+// The score of a cut that met every criterion; the lower, the better.
+float CutJudge::Score(const ContactSums& sums, float wnorm, int res1, int res2, SegmentCounts segments,
+                      int32_t betapair, int32_t betapass) const {
+  const int32_t seg1 = segments.first;
+  const int32_t seg2 = segments.second;
   const float segmentRatio = F(seg1) * F(seg2) / F(res1) / F(res2);
   float score;
   if (params_.MaxNumDom == 2) {
