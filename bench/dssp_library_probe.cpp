@@ -1,5 +1,5 @@
 // Probe of the in-process DSSP: reads a PDB file the way quarnel's reader does (or one chain of
-// it, the way quarnel's chain copy does) and prints DsspClassicTable's table, its timing, or
+// it, the way quarnel's chain copy does) and prints DSSP's classic table, its timing, or
 // whether threads running at once give the tables a single thread gives.
 //
 // Usage: dssp_library_probe [--chain C] [--repeat N] file.pdb
@@ -28,7 +28,7 @@ const quarnel::DsspLibrary& Library() {
   return library;
 }
 
-using quarnel::DsspAtom;
+using quarnel::AtomRecord;
 
 constexpr char kAllChains = '\0';
 
@@ -50,8 +50,8 @@ void CopyField(const std::string& field, char (&out)[N]) {
   std::memcpy(out, field.data(), std::min(field.size(), N - 1));
 }
 
-DsspAtom ParseAtom(const std::string& line) {
-  DsspAtom atom{};
+AtomRecord ParseAtom(const std::string& line) {
+  AtomRecord atom;
   atom.serial = std::atoi(Field(line, 7, 11).c_str());
   CopyField(Field(line, 13, 16), atom.name);
   atom.altloc = ColumnAt(line, 17);
@@ -70,10 +70,10 @@ DsspAtom ParseAtom(const std::string& line) {
 
 // quarnel's reader: ATOM records up to the first END or ENDMDL, no TER, no hydrogen named with
 // 'H' in column 14; with a chain, only that chain's records (quarnel's chain copy).
-std::vector<DsspAtom> ReadAtoms(const std::string& path, char chain) {
+std::vector<AtomRecord> ReadAtoms(const std::string& path, char chain) {
   std::ifstream in(path);
   if (!in) throw std::runtime_error("cannot read " + path);
-  std::vector<DsspAtom> atoms;
+  std::vector<AtomRecord> atoms;
   std::string line;
   while (std::getline(in, line)) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
@@ -86,14 +86,14 @@ std::vector<DsspAtom> ReadAtoms(const std::string& path, char chain) {
   return atoms;
 }
 
-double Milliseconds(const std::vector<DsspAtom>& atoms) {
+double Milliseconds(const std::vector<AtomRecord>& atoms) {
   const auto start = std::chrono::steady_clock::now();
-  const std::string table = Library().ClassicTable(atoms);
+  const std::string table = quarnel::ClassicDsspTable(Library().Residues(atoms));
   const auto stop = std::chrono::steady_clock::now();
   return std::chrono::duration<double, std::milli>(stop - start).count();
 }
 
-void Time(const std::vector<DsspAtom>& atoms, int repeat) {
+void Time(const std::vector<AtomRecord>& atoms, int repeat) {
   const double first = Milliseconds(atoms);
   std::vector<double> runs;
   for (int i = 0; i < repeat; ++i) runs.push_back(Milliseconds(atoms));
@@ -102,9 +102,9 @@ void Time(const std::vector<DsspAtom>& atoms, int repeat) {
   std::fprintf(stderr, "atoms %zu first_ms %.2f median_ms %.2f\n", atoms.size(), first, median);
 }
 
-std::string TableOrError(const std::vector<DsspAtom>& atoms) {
+std::string TableOrError(const std::vector<AtomRecord>& atoms) {
   try {
-    return Library().ClassicTable(atoms);
+    return quarnel::ClassicDsspTable(Library().Residues(atoms));
   } catch (const std::exception& e) {
     return std::string("error: ") + e.what();
   }
@@ -113,7 +113,7 @@ std::string TableOrError(const std::vector<DsspAtom>& atoms) {
 // The threads start before anything else has called the library, so that its one-time set-up
 // runs under contention too; the single-threaded tables are computed afterwards.
 int CheckThreads(const std::vector<std::string>& files, int threads) {
-  std::vector<std::vector<DsspAtom>> inputs;
+  std::vector<std::vector<AtomRecord>> inputs;
   for (const std::string& file : files) inputs.push_back(ReadAtoms(file, kAllChains));
   std::vector<std::vector<std::string>> results(static_cast<size_t>(threads),
                                                 std::vector<std::string>(inputs.size()));
@@ -161,12 +161,12 @@ int main(int argc, char** argv) {
       std::fprintf(stderr, "usage: dssp_library_probe [--chain C] [--repeat N] file.pdb\n");
       return 2;
     }
-    const std::vector<DsspAtom> atoms = ReadAtoms(files[0], chain);
+    const std::vector<AtomRecord> atoms = ReadAtoms(files[0], chain);
     if (repeat >= 0) {
       Time(atoms, repeat);
       return 0;
     }
-    std::fputs(Library().ClassicTable(atoms).c_str(), stdout);
+    std::fputs(quarnel::ClassicDsspTable(Library().Residues(atoms)).c_str(), stdout);
     return 0;
   } catch (const std::exception& e) {
     std::fprintf(stderr, "dssp_library_probe: %s\n", e.what());

@@ -3,7 +3,7 @@
 //
 //   formats_probe to-mmcif IN.pdb OUT.cif
 //   formats_probe compare REFERENCE.pdb OTHER VARIANT   one TSV row (header: formats_probe header)
-//   formats_probe time FILE [REPEATS]                  milliseconds per load, whole text, chains
+//   formats_probe time FILE [REPEATS]                  milliseconds per load, whole records, chains
 // Debian ships gemmi without its bundled stb_sprintf; the C library's snprintf writes the same
 // numbers here.
 #define USE_STD_SNPRINTF
@@ -25,6 +25,7 @@
 #include <tuple>
 #include <vector>
 
+#include "formats/pdb_writer.h"
 #include "formats/structure_file.h"
 
 namespace {
@@ -170,8 +171,8 @@ int Compare(const std::string& referencePath, const std::string& otherPath,
   size_t chainBytesIdentical = 0;
   Tally total;
   for (const ChainInfo& chain : reference.chains()) {
-    std::string expected = reference.ChainText(chain.id);
-    std::string actual = other.ChainText(chain.id);
+    std::string expected = quarnel::PdbText(reference.ChainRecords(chain.id).records);
+    std::string actual = quarnel::PdbText(other.ChainRecords(chain.id).records);
     Tally tally = CompareRecords(expected, actual);
     if (tally.first_difference.empty())
       ++chainsEqual;
@@ -181,8 +182,8 @@ int Compare(const std::string& referencePath, const std::string& otherPath,
     total.serial_differences += tally.serial_differences;
     total.bfactor_differences += tally.bfactor_differences;
   }
-  std::string referenceWhole = reference.WholeText();
-  std::string otherWhole = other.WholeText();
+  std::string referenceWhole = reference.WholePdbText();
+  std::string otherWhole = other.WholePdbText();
   Tally whole = CompareRecords(referenceWhole, otherWhole);
   if (!whole.first_difference.empty() && note.empty())
     note = "whole file: " + whole.first_difference;
@@ -246,16 +247,16 @@ int Time(const std::string& path, int repeats) {
     Clock::time_point start = Clock::now();
     StructureFile file(path);
     Clock::time_point loaded = Clock::now();
-    wholeBytes = file.WholeText().size();
+    wholeBytes = file.WholeRecords().records.size();
     Clock::time_point wholeDone = Clock::now();
     chainBytes = 0;
-    for (const ChainInfo& chain : file.chains()) chainBytes += file.ChainText(chain.id).size();
+    for (const ChainInfo& chain : file.chains()) chainBytes += file.ChainRecords(chain.id).records.size();
     Clock::time_point chainsDone = Clock::now();
     load += loaded - start;
     whole += wholeDone - loaded;
     chains += chainsDone - wholeDone;
   }
-  std::printf("%s\t%.1f ms load\t%.2f ms whole text\t%.2f ms chain texts\t%zu + %zu bytes\n",
+  std::printf("%s\t%.1f ms load\t%.2f ms whole records\t%.2f ms chain records\t%zu + %zu records\n",
               path.c_str(), Milliseconds(load) / repeats, Milliseconds(whole) / repeats,
               Milliseconds(chains) / repeats, wholeBytes, chainBytes);
   return 0;

@@ -3,22 +3,25 @@
 // assessment accepted the partition at once, after merging cuts back, or down to one domain.
 #include <cstdio>
 
-#include "cli/inputs.h"
+#include "app/classic_input.h"
 #include "cli/options.h"
-#include "cli/shell_dssp.h"
+#include "formats/pdb_records.h"
 #include "run/chain.h"
+#include "secondary/shell_command.h"
+#include "secondary/shell_dssp.h"
 
 int main(int argc, char** argv) {
   using namespace quarnel;
   try {
-    const CommandLine line = ParseOptions(argc, argv);
-    const ResolvedInput input = ResolveInput(line);
-    const FileSource lines(input.templateName);
-    ShellDssp dssp(input.templateName, input.base + ".dssp", !input.namedFile);
+    const CommandLine line = ParseClassic(argc, argv);
+    ClassicLocks locks;
+    const ResolvedInput input = ResolveInput(line, locks);
+    const FileSource file(input.templateName);
+    const PdbLineRecords records(file);
+    ShellDssp dssp(input.templateName, input.base + ".dssp", !input.namedFile, locks);
     RunContext context;
     const ChainResult result =
-        RunChain(ChainInput{&lines, input.entry, input.chain, input.pdbName}, line.params, &dssp,
-                 context);
+        RunChain(ChainInput{&records, input.entry, input.chain, input.pdbName}, line.params, &dssp, context);
     const std::string report = result.found.empty()
                                    ? FormatOneDomain(input.entry, result.structure.size())
                                    : FormatReport(input.entry, result.structure.size(), result.found);

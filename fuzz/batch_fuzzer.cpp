@@ -7,16 +7,15 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <sstream>
 #include <string>
 
 #include "base/status.h"
-#include "run/chain_plausibility.h"
-#include "run/plddt_filter.h"
+#include "formats/structure_file.h"
 #include "report/pictures.h"
 #include "report/results.h"
 #include "report/resume.h"
-#include "formats/structure_file.h"
+#include "run/chain_plausibility.h"
+#include "run/plddt_filter.h"
 
 namespace {
 
@@ -30,10 +29,9 @@ constexpr int32_t kMaxSamples = 10;
   std::abort();
 }
 
-int32_t Residues(const std::string& text) {
-  quarnel::TextSource source("fuzz", text);
+int32_t Residues(const quarnel::AtomRecords& records) {
   try {
-    return quarnel::ReadStructure(source).size();
+    return quarnel::StructureOf(records.records, "fuzz").size();
   } catch (const quarnel::Failure&) {
     return -1;
   }
@@ -47,7 +45,7 @@ void CheckWriters(quarnel::ChainOutcome& outcome) {
   for (const char* c = quarnel::kTsvColumns; *c != '\0'; ++c) columnTabs += *c == '\t';
   if (tabs != columnTabs || row.find('\n') != row.size() - 1) Broken("a TSV row of the wrong shape: " + row);
   for (ResultFormat format : {ResultFormat::kTsv, ResultFormat::kJson}) {
-    std::istringstream file(quarnel::ResultHeader(format, "-noss") + quarnel::FormatResult(format, outcome));
+    const std::string file = quarnel::ResultHeader(format, "-noss") + quarnel::FormatResult(format, outcome);
     const quarnel::ResumeState state = quarnel::ReadResume(file, format);
     if (!state.recorded || state.options != "-noss" ||
         state.done.count(quarnel::KeyOf(format, outcome.input, outcome.chainId)) != 1)
@@ -68,19 +66,20 @@ void JudgeChain(const quarnel::StructureFile& file, const quarnel::ChainInfo& ch
   outcome.chainId = chain.id;
   outcome.entry = "fuzz" + chain.id;
   outcome.mode = quarnel::DecisionModeName(mode);
-  quarnel::ConfidentText kept = quarnel::LeaveOutLowConfidence(file.ChainText(chain.id), threshold);
+  quarnel::ConfidentRecords kept = quarnel::LeaveOutLowConfidence(file.ChainRecords(chain.id), threshold);
   if (kept.leftOut > static_cast<int>(kept.marks.size())) Broken("more residues left out than there are");
-  outcome.text = std::move(kept.text);
-  (void)quarnel::LooksLikePlddt(outcome.text);
-  if (!quarnel::ImplausibleChain(outcome.text).empty() || Residues(outcome.text) > kMaxJudgedResidues) return;
+  outcome.records = std::move(kept.records);
+  (void)quarnel::LooksLikePlddt(outcome.records.records);
+  if (!quarnel::ImplausibleChain(outcome.records.records).empty() || Residues(outcome.records) > kMaxJudgedResidues)
+    return;
   quarnel::Params params;
   params.FlagSS = 0;
   params.NumSamplePoints = kMaxSamples;
-  const quarnel::TextSource lines("fuzz", outcome.text);
+  const quarnel::HeldRecords records("fuzz", outcome.records);
+  const quarnel::ChainInput input{&records, outcome.entry, static_cast<unsigned char>(chain.text_id), "fuzz"};
   quarnel::RunContext context;
   try {
-    outcome.result = quarnel::RunChainIn(mode, quarnel::ChainInput{&lines, outcome.entry, static_cast<unsigned char>(chain.text_id), "fuzz"},
-                                         params, nullptr, context);
+    outcome.result = quarnel::RunChainIn(mode, input, params, nullptr, context);
   } catch (const quarnel::Failure& failure) {
     for (int status : {5, 100, 15}) // refused format, too few atoms, no residue of a domain
       if (failure.exit_status() == status) return;
@@ -107,7 +106,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       try {
         JudgeChain(file, file.chains()[c], threshold, mode);
       } catch (const std::runtime_error&) {
-        // a chain the front end cannot write as PDB records: refused with its reason
+        // a chain whose atoms cannot be records (names past their columns): refused with its reason
       }
     }
   } catch (const std::runtime_error&) {

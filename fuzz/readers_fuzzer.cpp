@@ -9,6 +9,7 @@
 
 #include "base/status.h"
 #include "confidence/profile.h"
+#include "formats/pdb_records.h"
 #include "secondary/dssp_table.h"
 #include "structure/protein.h"
 
@@ -47,9 +48,10 @@ void CheckStructure(const quarnel::Structure& s) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const quarnel::TextSource text("fuzz.pdb", std::string(reinterpret_cast<const char*>(data), size));
+  const quarnel::PdbLineRecords records(text);
   quarnel::Structure structure;
   try {
-    structure = quarnel::ReadStructure(text);
+    structure = quarnel::ReadStructure(records);
     CheckStructure(structure);
   } catch (const Failure& failure) {
     Designed(failure, {5, 100});  // refused format, too few atoms
@@ -71,7 +73,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
 
   const char chain = structure.size() > 0 ? structure.residues[0].chain : 'A';
-  const quarnel::ProfileSource source{&text, chain, "fuzz.pdb", structure.size()};
+  const quarnel::ProfileSource source{&records, chain, "fuzz.pdb", structure.size()};
   std::vector<quarnel::Message> messages;
   try {
     const quarnel::Profile profile = quarnel::ProcessPDB(source, {{-50, ' ', 50, ' '}}, 50, messages);

@@ -10,6 +10,7 @@
 
 #include "base/status.h"
 #include "cli/options.h"
+#include "formats/pdb_records.h"
 #include "run/chain.h"
 
 namespace {
@@ -65,6 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const size_t end = input.find('\n');
   const std::string structure = end == std::string::npos ? std::string() : input.substr(end + 1);
   const quarnel::TextSource text("fuzz.pdb", structure);
+  const quarnel::PdbLineRecords records(text);
 
   std::vector<std::string> words = {"quarnel"};
   std::istringstream first(input.substr(0, end));
@@ -76,7 +78,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
   quarnel::CommandLine line;
   try {
-    line = quarnel::ParseOptions(static_cast<int>(argv.size()), argv.data());
+    line = quarnel::ParseClassic(static_cast<int>(argv.size()), argv.data());
   } catch (const quarnel::Failure& failure) {
     if (failure.exit_status() != 2) Broken("undesigned option failure: " + std::string(failure.what()));
     return 0;
@@ -88,7 +90,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (!params.Relaxed() && params.MinDomainSize < kMinDomainSizeFloor)
     params.MinDomainSize = kMinDomainSizeFloor;
 
-  const quarnel::ChainInput chain{&text, "fuzz", quarnel::kFirstResidueChain, "fuzz.pdb"};
+  const quarnel::ChainInput chain{&records, "fuzz", quarnel::kFirstResidueChain, "fuzz.pdb"};
   quarnel::RunContext context;
   quarnel::ChainResult result;
   try {
