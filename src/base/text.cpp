@@ -108,12 +108,16 @@ std::unique_ptr<LineReader> FileSource::Open() const {
 
 std::unique_ptr<LineReader> TextSource::Open() const { return std::make_unique<TextReader>(text_); }
 
-std::string Columns(std::string_view line, int first, int last) {
+std::string_view ColumnsView(std::string_view line, int first, int last) {
   size_t length = ContentLength(line);
-  if (first < 1 || last < first || static_cast<size_t>(first) > length) return std::string();
+  if (first < 1 || last < first || static_cast<size_t>(first) > length) return std::string_view();
   size_t begin = static_cast<size_t>(first - 1);
   size_t end = std::min(length, static_cast<size_t>(last));
-  return std::string(line.substr(begin, end - begin));
+  return line.substr(begin, end - begin);
+}
+
+std::string Columns(std::string_view line, int first, int last) {
+  return std::string(ColumnsView(line, first, last));
 }
 
 char Column(std::string_view line, int column) {

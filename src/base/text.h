@@ -78,6 +78,8 @@ class TextSource final : public LineSource {
 // reads as a blank.
 std::string Columns(std::string_view line, int first, int last);
 char Column(std::string_view line, int column);
+// The same field as a view into the line, for readers that take many fields of many lines.
+std::string_view ColumnsView(std::string_view line, int first, int last);
 
 bool StartsWith(std::string_view line, std::string_view prefix);
 

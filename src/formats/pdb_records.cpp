@@ -15,7 +15,7 @@ constexpr size_t kTypicalRecord = 81;
 constexpr size_t kClosingRecords = 64;
 
 template <size_t N>
-void CopyField(const std::string& field, char (&to)[N]) {
+void CopyField(std::string_view field, char (&to)[N]) {
   std::memset(to, 0, N);
   std::memcpy(to, field.data(), std::min(field.size(), N - 1));
 }
@@ -83,20 +83,20 @@ bool ParsePdbRecord(std::string_view piece, AtomRecord& record) {
   if (!RecordKind(piece, record.kind)) return false;
   record.line = piece;
   if (record.IsEnd()) return true;
-  record.serial = AtoiField(Columns(piece, 7, 11));      // serial
-  CopyField(Columns(piece, 13, 16), record.name);        // name
+  record.serial = AtoiField(ColumnsView(piece, 7, 11));      // serial
+  CopyField(ColumnsView(piece, 13, 16), record.name);        // name
   record.altloc = Column(piece, 17);                     // altLoc
-  CopyField(Columns(piece, 18, 20), record.resname);     // resName
+  CopyField(ColumnsView(piece, 18, 20), record.resname);     // resName
   record.chain = Column(piece, 22);                      // chainID
-  record.resnum = AtoiField(Columns(piece, 23, 26));     // resSeq
+  record.resnum = AtoiField(ColumnsView(piece, 23, 26));     // resSeq
   record.icode = Column(piece, 27);                      // iCode
-  record.x = AtofField(Columns(piece, 31, 38));          // x
-  record.y = AtofField(Columns(piece, 39, 46));          // y
-  record.z = AtofField(Columns(piece, 47, 54));          // z
-  record.occupancy = AtofField(Columns(piece, 55, 60));  // occupancy
-  record.bfactor = AtofField(Columns(piece, 61, 66));    // tempFactor
-  CopyField(Columns(piece, 77, 78), record.element);     // element
-  CopyField(Columns(piece, 79, 80), record.charge);      // charge
+  record.x = AtofField(ColumnsView(piece, 31, 38));          // x
+  record.y = AtofField(ColumnsView(piece, 39, 46));          // y
+  record.z = AtofField(ColumnsView(piece, 47, 54));          // z
+  record.occupancy = AtofField(ColumnsView(piece, 55, 60));  // occupancy
+  record.bfactor = AtofField(ColumnsView(piece, 61, 66));    // tempFactor
+  CopyField(ColumnsView(piece, 77, 78), record.element);     // element
+  CopyField(ColumnsView(piece, 79, 80), record.charge);      // charge
   return true;
 }
 
