@@ -1,4 +1,4 @@
-// One input's chains, judged in memory one after the other: the text each run reads, its
+// One input's chains, judged in memory one after the other: the records each run reads, its
 // secondary structure, the checks before the engine starts, and the files the options ask for.
 #include "app/batch_chains.h"
 

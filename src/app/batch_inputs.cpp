@@ -82,8 +82,8 @@ void AddCode(const std::string& name, const BatchOptions& options, std::vector<I
     input.error = "no such file, and not a PDB code";
   } else {
     const std::string code = name.substr(0, kCodeLength);
-    const std::string designed = options.pdbPath + code + ".pdb";
-    input.path = CanRead(designed) ? designed : FindCodeFile(options.pdbPath, code);
+    const std::string classic = options.pdbPath + code + ".pdb";
+    input.path = CanRead(classic) ? classic : FindCodeFile(options.pdbPath, code);
     if (input.path.empty()) input.error = "no file for this code under " + options.pdbPath;
     if (name.size() == kCodeWithChainLength)
       input.codeChain = std::string(1, static_cast<char>(std::toupper(static_cast<unsigned char>(name[4]))));

@@ -34,7 +34,7 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 File OpenFile(const std::string& path, const char* mode) { return File(std::fopen(path.c_str(), mode)); }
 
 // The copy, opened for writing under its lock (runs side by side that write the same copy
-// take turns); opened as designed where it cannot be locked.
+// take turns); opened as always where it cannot be locked.
 File OpenCopy(const std::string& path, ClassicLocks& locks) {
   bool created = false;
   const int fd = locks.Lock(path, created);

@@ -1,4 +1,4 @@
-// The classic run of one input, as designed: the input resolved (a code's chain copied, locked
+// The classic run of one input, as quarnel always ran it: the input resolved (a code's chain copied, locked
 // against runs beside it), the chain run with DSSP through the shell, the DSSP output removed.
 #include "app/classic_run.h"
 
