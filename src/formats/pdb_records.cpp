@@ -17,7 +17,7 @@ constexpr size_t kClosingRecords = 64;
 template <size_t N>
 void CopyField(std::string_view field, char (&to)[N]) {
   std::memset(to, 0, N);
-  std::memcpy(to, field.data(), std::min(field.size(), N - 1));
+  field.copy(to, N - 1);  // an empty field may have no storage at all
 }
 
 bool RecordKind(std::string_view piece, AtomRecord::Kind& kind) {
