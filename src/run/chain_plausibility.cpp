@@ -24,12 +24,20 @@ struct Point {
   double x, y, z;
 };
 
+constexpr int64_t kSpan = 1 << 20;  // cells per axis: every coordinate a PDB column holds fits
+
 int64_t CellKey(int64_t x, int64_t y, int64_t z) {
-  constexpr int64_t kSpan = 1 << 20;  // cells per axis: coordinates of PDB columns fit
   return ((x + kSpan / 2) * kSpan + (y + kSpan / 2)) * kSpan + (z + kSpan / 2);
 }
 
-int64_t Cell(double value) { return static_cast<int64_t>(std::floor(value / kSameSpot)); }
+// Coordinates past the span (mmCIF has no columns to bound them) share the cells at its edges:
+// the distance between the atoms of a cell still decides.
+int64_t Cell(double value) {
+  constexpr double kLow = -kSpan / 2 + 1, kHigh = kSpan / 2 - 2;
+  const double cell = std::floor(value / kSameSpot);
+  if (!(cell >= kLow)) return static_cast<int64_t>(kLow);
+  return static_cast<int64_t>(std::min(cell, kHigh));
+}
 
 // Residues whose CA lies within kSameSpot of an earlier residue's CA.
 int SuperposedResidues(const std::vector<Point>& cas) {

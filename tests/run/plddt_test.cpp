@@ -2,6 +2,9 @@
 // the plausibility of a chain.
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <limits>
+
 #include "base/text.h"
 #include "formats/pdb_records.h"
 #include "formats/pdb_writer.h"
@@ -63,6 +66,24 @@ TEST(Plausibility, SuperposedCopiesAndTooManyResidues) {
   std::string longest;
   for (int r = 0; r <= kMaxChainResidues; ++r) longest += Atom(" CA ", r % 9999, 3.8 * (r % 2000), 50);
   EXPECT_NE(ImplausibleChain(Records(longest).records).find(Format("more than %d residues", kMaxChainResidues)), std::string::npos);
+}
+
+// mmCIF coordinates have no columns to bound them: far or infinite ones are judged by distance
+// like any other (found by the batch fuzz target).
+TEST(Plausibility, CoordinatesPastThePdbColumns) {
+  std::vector<AtomRecord> records;
+  const double far[] = {1.8e14, 1.8e14 + 0.1, -1e300, std::numeric_limits<double>::infinity(), 2e5, 4e5};
+  for (int r = 0; r < 6; ++r) {
+    AtomRecord record;
+    std::snprintf(record.name, sizeof record.name, " CA ");
+    record.resnum = r + 1;
+    record.x = far[r];
+    records.push_back(record);
+  }
+  EXPECT_EQ(ImplausibleChain(records), "");  // one residue on another: fewer than three
+  records.insert(records.end(), records.begin(), records.begin() + 2);
+  for (size_t k = 6; k < records.size(); ++k) records[k].resnum = static_cast<int32_t>(k + 1);
+  EXPECT_NE(ImplausibleChain(records).find("lie on another residue"), std::string::npos);
 }
 
 }  // namespace
