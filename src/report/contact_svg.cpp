@@ -231,7 +231,7 @@ std::vector<int> ChainBreaks(const ChainOutcome& outcome) {
     const Residue& b = residues[i];
     const bool far = HasCa(a) && HasCa(b) &&
                      std::hypot(a.ca[0] - b.ca[0], a.ca[1] - b.ca[1], a.ca[2] - b.ca[2]) > kMaxBondedCaDistance;
-    const bool skipped = (!HasCa(a) || !HasCa(b)) && b.resnum - a.resnum > 1;
+    const bool skipped = (!HasCa(a) || !HasCa(b)) && static_cast<int64_t>(b.resnum) - a.resnum > 1;
     const bool leftOut = i < outcome.gapBefore.size() && outcome.gapBefore[i];
     if (far || skipped || a.chain != b.chain || leftOut) breaks.push_back(static_cast<int>(i));
   }

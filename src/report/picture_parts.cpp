@@ -13,7 +13,7 @@ constexpr size_t kRunsPerCommand = 40;
 
 bool Extends(const ResidueRun& run, const Residue& r) {
   return r.chain == run.chain && run.icode == kNoInsertion && r.icode == kNoInsertion &&
-         r.resnum == run.last + 1;
+         r.resnum == static_cast<int64_t>(run.last) + 1;
 }
 
 }  // namespace
