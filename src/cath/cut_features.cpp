@@ -255,85 +255,142 @@ ChainView::ChainView(const Structure& structure_, const ContactMap& contacts_, c
   bBurial = varB > 0.0 && varC > 0.0 ? cov / std::sqrt(varB * varC) : 0.0;
 }
 
-CutFeatures FeaturesOfCut(const ChainView& chain, const CandidateNode& node, const CandidateCut& cut) {
-  const Structure& structure = chain.structure;
-  const ContactMap& contacts = chain.contacts;
-  const Params& params = chain.params;
-  const std::vector<int32_t>& a = cut.sides[0];
-  const std::vector<int32_t>& b = cut.sides[1];
-  std::vector<int8_t> side(static_cast<size_t>(structure.size()), kOutside);
-  for (int32_t i : a) side[static_cast<size_t>(i)] = 0;
-  for (int32_t i : b) side[static_cast<size_t>(i)] = 1;
-  const Sums sums = SumSides(structure, contacts, params, side, node);
+namespace {
 
-  const double n = static_cast<double>(node.residues.size());
-  const double na = static_cast<double>(a.size()), nb = static_cast<double>(b.size());
-  const int segA = Segments(a), segB = Segments(b);
+// The features by name, in the order of kCutFeatureNames.
+enum Feature : size_t {
+  kLogNode, kNodeShare, kLogChain, kDepth, kSmallShare, kLogSmall, kSegments, kMinSegLen,
+  kCompactMin, kCompactMax, kInterMax, kInterMin, kInterface, kLogScore, kBetaPairs, kBetaPasses,
+  kStrandShare, kHelixShare, kRgNode, kRgSidesMax, kSeparation, kClassicPass, kCrossPerRes,
+  kCrossShare, kAcceptable, kAgreement, kAgreeing, kRivalGap, kNetworkMin, kNetworkMax,
+  kRadiusMax, kFarShareMax, kBBurial, kBSideGap, kBNode, kSseSplit, kInterfaceShare,
+  kCrossDensity, kExposedCore, kInterfaceBurial,
+};
+static_assert(kInterfaceBurial + 1 == kCutFeatureCount, "one name per feature");
+
+// What several groups of features read: the node, its two sides and the sums over its contacts.
+struct CutView {
+  const ChainView& chain;
+  const CandidateNode& node;
+  const CandidateCut& cut;
+  std::vector<int8_t> side;  // per chain index: 0, 1, or kOutside the node
+  Sums sums;
+  double n, na, nb;          // residues of the node and of each side
+  int segA, segB;
+
+  CutView(const ChainView& chain_, const CandidateNode& node_, const CandidateCut& cut_)
+      : chain(chain_), node(node_), cut(cut_), side(static_cast<size_t>(chain_.structure.size()), kOutside) {
+    for (int32_t i : cut.sides[0]) side[static_cast<size_t>(i)] = 0;
+    for (int32_t i : cut.sides[1]) side[static_cast<size_t>(i)] = 1;
+    sums = SumSides(chain.structure, chain.contacts, chain.params, side, node);
+    n = static_cast<double>(node.residues.size());
+    na = static_cast<double>(cut.sides[0].size());
+    nb = static_cast<double>(cut.sides[1].size());
+    segA = Segments(cut.sides[0]);
+    segB = Segments(cut.sides[1]);
+  }
+};
+
+void Set(CutFeatures& f, Feature feature, double value) { f[feature] = static_cast<float>(value); }
+
+// Where the part lies in the chain, the sizes and pieces of its sides, and their shapes.
+void SizesAndShapes(const CutView& v, CutFeatures& f) {
+  const Structure& structure = v.chain.structure;
+  const std::vector<int32_t>& a = v.cut.sides[0];
+  const std::vector<int32_t>& b = v.cut.sides[1];
+  Set(f, kLogNode, std::log(v.n));
+  Set(f, kNodeShare, v.n / static_cast<double>(structure.size()));
+  Set(f, kLogChain, std::log(static_cast<double>(structure.size())));
+  Set(f, kDepth, v.node.depth);
+  Set(f, kSmallShare, std::min(v.na, v.nb) / v.n);
+  Set(f, kLogSmall, std::log(std::min(v.na, v.nb)));
+  Set(f, kSegments, v.segA + v.segB);
+  Set(f, kMinSegLen, std::min(v.na / v.segA, v.nb / v.segB));
+  Set(f, kStrandShare, v.sums.strands / v.n);
+  Set(f, kHelixShare, v.sums.helices / v.n);
+  const Shape whole = ShapeOf(structure, v.node.residues);
+  const Shape sa = ShapeOf(structure, a), sb = ShapeOf(structure, b);
+  double separation = 0.0;
+  for (int k = 0; k < 3; ++k) separation += (sa.centre[k] - sb.centre[k]) * (sa.centre[k] - sb.centre[k]);
+  Set(f, kRgNode, Ratio(whole.rg, ExpectedRg(v.node.residues.size())));
+  Set(f, kRgSidesMax, std::max(Ratio(sa.rg, ExpectedRg(a.size())), Ratio(sb.rg, ExpectedRg(b.size()))));
+  Set(f, kSeparation, Ratio(std::sqrt(separation), sa.rg + sb.rg));
+}
+
+// The cut criteria's own measures: compactness, interaction, interface, the loose score, the
+// sheets a cut tears, and whether the classic criteria would take the cut.
+void Criteria(const CutView& v, CutFeatures& f) {
+  const Sums& sums = v.sums;
+  const Params& params = v.chain.params;
   const double g[2] = {Ratio(sums.intra[0], sums.atoms[0]), Ratio(sums.intra[1], sums.atoms[1])};
   const double inter[2] = {Ratio(sums.interC, sums.intra[0]), Ratio(sums.interC, sums.intra[1])};
   const double atoms = static_cast<double>(sums.atoms[0] + sums.atoms[1]);
   const double interface =
       Ratio(sums.interC * atoms, static_cast<double>(sums.atoms[0]) * static_cast<double>(sums.atoms[1]));
-  const double segLen = std::min(na / segA, nb / segB);
-  const Shape whole = ShapeOf(structure, node.residues);
-  const Shape sa = ShapeOf(structure, a), sb = ShapeOf(structure, b);
-  double separation = 0.0;
-  for (int k = 0; k < 3; ++k) separation += (sa.centre[k] - sb.centre[k]) * (sa.centre[k] - sb.centre[k]);
-  separation = Ratio(std::sqrt(separation), sa.rg + sb.rg);
-
-  const bool classic = na >= params.MinDomainSize && nb >= params.MinDomainSize &&
+  const bool classic = v.na >= params.MinDomainSize && v.nb >= params.MinDomainSize &&
                        g[0] >= params.MinGlobularity && g[1] >= params.MinGlobularity &&
                        inter[0] <= params.MaxInteraction && inter[1] <= params.MaxInteraction &&
-                       na / segA >= params.MinSegRes && nb / segB >= params.MinSegRes &&
+                       v.na / v.segA >= params.MinSegRes && v.nb / v.segB >= params.MinSegRes &&
                        sums.betaPairs < params.MaxBetaPair && sums.betaPasses < params.MaxBetaPass &&
                        interface <= params.MaxTime;
-  const double crossShare = Ratio(sums.interC, sums.intra[0] + sums.intra[1] + sums.interC);
+  Set(f, kCompactMin, std::min(g[0], g[1]));
+  Set(f, kCompactMax, std::max(g[0], g[1]));
+  Set(f, kInterMax, std::max(inter[0], inter[1]));
+  Set(f, kInterMin, std::min(inter[0], inter[1]));
+  Set(f, kInterface, interface);
+  Set(f, kLogScore, std::log(std::max(static_cast<double>(v.cut.score), kLeastScore)));
+  Set(f, kBetaPairs, sums.betaPairs);
+  Set(f, kBetaPasses, sums.betaPasses);
+  Set(f, kClassicPass, classic ? 1.0 : 0.0);
+  Set(f, kCrossPerRes, Ratio(sums.interC, std::min(v.na, v.nb)));
+  Set(f, kCrossShare, Ratio(sums.interC, sums.intra[0] + sums.intra[1] + sums.interC));
+}
 
+// How the search's samples agree with the cut; the rival's gap reads the cut's own log score.
+void Samples(const CandidateCut& cut, CutFeatures& f) {
+  Set(f, kAcceptable, Ratio(cut.acceptable, cut.samples));
+  Set(f, kAgreement, cut.agreement);
+  Set(f, kAgreeing, cut.agreeing);
+  Set(f, kRivalGap, std::log(std::max(static_cast<double>(cut.rivalScore), kLeastScore)) - f[kLogScore]);
+}
+
+// Each side judged as the classic assessment judges a domain, and the B-factors.
+void SidesAsDomains(const CutView& v, CutFeatures& f) {
+  const CutScores& scores = v.cut.scores;
+  const float scoresA[3] = {scores.compact1, scores.inter1, scores.interface};
+  const float scoresB[3] = {scores.compact2, scores.inter2, scores.interface};
+  const SideJudgement ja = JudgeSide(v.chain.structure, v.cut.sides[0], scoresA);
+  const SideJudgement jb = JudgeSide(v.chain.structure, v.cut.sides[1], scoresB);
+  Set(f, kNetworkMin, std::min(ja.network, jb.network));
+  Set(f, kNetworkMax, std::max(ja.network, jb.network));
+  Set(f, kRadiusMax, std::max(ja.radiusRatio, jb.radiusRatio));
+  Set(f, kFarShareMax, std::max(ja.farShare, jb.farShare));
+  Set(f, kBBurial, v.chain.bBurial);
+  Set(f, kBSideGap, std::fabs(MeanOf(v.chain.bScore, v.cut.sides[0]) - MeanOf(v.chain.bScore, v.cut.sides[1])));
+  Set(f, kBNode, MeanOf(v.chain.bScore, v.node.residues));
+}
+
+// The residues at the cut: elements split, how many, how tightly packed, the core laid bare.
+void Packing(const CutView& v, CutFeatures& f) {
+  const InterfaceStats across =
+      Interface(v.chain.structure, v.chain.contacts, v.chain.params, v.side, v.node.residues);
+  Set(f, kSseSplit, SplitElements(v.chain.structure, v.side, v.node.residues));
+  Set(f, kInterfaceShare, Ratio(across.residues, std::min(v.na, v.nb)));
+  Set(f, kCrossDensity, Ratio(static_cast<double>(across.crossContacts), across.residues));
+  Set(f, kExposedCore, across.exposedCore);
+  Set(f, kInterfaceBurial, Ratio(across.burial, across.nodeBurial));
+}
+
+}  // namespace
+
+CutFeatures FeaturesOfCut(const ChainView& chain, const CandidateNode& node, const CandidateCut& cut) {
+  const CutView view(chain, node, cut);
   CutFeatures f{};
-  f[0] = static_cast<float>(std::log(n));
-  f[1] = static_cast<float>(n / static_cast<double>(structure.size()));
-  f[2] = static_cast<float>(std::log(static_cast<double>(structure.size())));
-  f[3] = static_cast<float>(node.depth);
-  f[4] = static_cast<float>(std::min(na, nb) / n);
-  f[5] = static_cast<float>(std::log(std::min(na, nb)));
-  f[6] = static_cast<float>(segA + segB);
-  f[7] = static_cast<float>(segLen);
-  f[8] = static_cast<float>(std::min(g[0], g[1]));
-  f[9] = static_cast<float>(std::max(g[0], g[1]));
-  f[10] = static_cast<float>(std::max(inter[0], inter[1]));
-  f[11] = static_cast<float>(std::min(inter[0], inter[1]));
-  f[12] = static_cast<float>(interface);
-  f[13] = static_cast<float>(std::log(std::max(static_cast<double>(cut.score), kLeastScore)));
-  f[14] = static_cast<float>(sums.betaPairs);
-  f[15] = static_cast<float>(sums.betaPasses);
-  f[16] = static_cast<float>(sums.strands / n);
-  f[17] = static_cast<float>(sums.helices / n);
-  f[18] = static_cast<float>(Ratio(whole.rg, ExpectedRg(node.residues.size())));
-  f[19] = static_cast<float>(std::max(Ratio(sa.rg, ExpectedRg(a.size())), Ratio(sb.rg, ExpectedRg(b.size()))));
-  f[20] = static_cast<float>(separation);
-  f[21] = static_cast<float>(classic ? 1.0 : 0.0);
-  f[22] = static_cast<float>(Ratio(sums.interC, std::min(na, nb)));
-  f[23] = static_cast<float>(crossShare);
-  f[24] = static_cast<float>(Ratio(cut.acceptable, cut.samples));
-  f[25] = static_cast<float>(cut.agreement);
-  f[26] = static_cast<float>(cut.agreeing);
-  f[27] = static_cast<float>(std::log(std::max(static_cast<double>(cut.rivalScore), kLeastScore)) - f[13]);
-  const float scoresA[3] = {cut.scores.compact1, cut.scores.inter1, cut.scores.interface};
-  const float scoresB[3] = {cut.scores.compact2, cut.scores.inter2, cut.scores.interface};
-  const SideJudgement ja = JudgeSide(structure, a, scoresA), jb = JudgeSide(structure, b, scoresB);
-  f[28] = static_cast<float>(std::min(ja.network, jb.network));
-  f[29] = static_cast<float>(std::max(ja.network, jb.network));
-  f[30] = static_cast<float>(std::max(ja.radiusRatio, jb.radiusRatio));
-  f[31] = static_cast<float>(std::max(ja.farShare, jb.farShare));
-  f[32] = static_cast<float>(chain.bBurial);
-  f[33] = static_cast<float>(std::fabs(MeanOf(chain.bScore, a) - MeanOf(chain.bScore, b)));
-  f[34] = static_cast<float>(MeanOf(chain.bScore, node.residues));
-  const InterfaceStats across = Interface(structure, contacts, params, side, node.residues);
-  f[35] = static_cast<float>(SplitElements(structure, side, node.residues));
-  f[36] = static_cast<float>(Ratio(across.residues, std::min(na, nb)));
-  f[37] = static_cast<float>(Ratio(static_cast<double>(across.crossContacts), across.residues));
-  f[38] = static_cast<float>(across.exposedCore);
-  f[39] = static_cast<float>(Ratio(across.burial, across.nodeBurial));
+  SizesAndShapes(view, f);
+  Criteria(view, f);
+  Samples(cut, f);
+  SidesAsDomains(view, f);
+  Packing(view, f);
   return f;
 }
 
