@@ -4,8 +4,8 @@
 // the rows.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <map>
-#include <regex>
 #include <set>
 #include <sstream>
 
@@ -160,16 +160,21 @@ void ReadTable(const std::string& readme, const std::string& heading, OptionKind
   while (std::getline(in, line) && line.rfind("| Option", 0) != 0) {
   }
   std::getline(in, line);  // |---|---|
-  const std::regex token("`([^` ]+)( [^`]*)?`");
+
   while (std::getline(in, line) && line.rfind("|", 0) == 0) {
     const size_t second = line.find('|', 1), third = line.find('|', second + 1);
     const std::string first = line.substr(1, second - 1);
     std::string fallback = line.substr(second + 1, third - second - 1);
     fallback.erase(0, fallback.find_first_not_of(" `"));
     fallback.erase(fallback.find_last_not_of(" `") + 1);
-    for (auto it = std::sregex_iterator(first.begin(), first.end(), token); it != std::sregex_iterator(); ++it) {
-      const std::string values = (*it)[2].matched ? std::string((*it)[2]).substr(1) : "";
-      options[(*it)[1]] = ReadmeOption{values, kind == OptionKind::kClassic ? fallback : "", kind};
+    // Each `name values` between backticks.
+    for (size_t open = first.find('`'); open != std::string::npos; open = first.find('`', open + 1)) {
+      const size_t close = first.find('`', open + 1);
+      const std::string token = first.substr(open + 1, close - open - 1);
+      const size_t blank = token.find(' ');
+      const std::string values = blank == std::string::npos ? "" : token.substr(blank + 1);
+      options[token.substr(0, blank)] = ReadmeOption{values, kind == OptionKind::kClassic ? fallback : "", kind};
+      open = close;
     }
   }
 }
@@ -216,12 +221,13 @@ TEST(OptionTable, ReadmeStatusesAreHelpStatuses) {
   std::istringstream in(readme.substr(readme.find("## Exit statuses")));
   std::string line, fromReadme;
   while (std::getline(in, line))
-    if (std::regex_match(line, std::regex("\\| [0-9][0-9, ]* \\|.*"))) fromReadme += line.substr(2, line.find(" |", 2) - 2) + ";";
+    if (line.size() > 2 && line.compare(0, 2, "| ") == 0 && std::isdigit(static_cast<unsigned char>(line[2])))
+      fromReadme += line.substr(2, line.find(" |", 2) - 2) + ";";
   std::string fromHelp;
   const std::string help = HelpText();
   std::istringstream lines(help.substr(help.find("Exit status:")));
   while (std::getline(lines, line))
-    if (std::regex_match(line, std::regex("  [0-9]([0-9, ]*[0-9])? .*"))) {
+    if (line.size() > 2 && line.compare(0, 2, "  ") == 0 && std::isdigit(static_cast<unsigned char>(line[2]))) {
       std::string numbers = line.substr(2, line.find("  ", 2) - 2);
       fromHelp += numbers + ";";
     }

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <map>
-#include <regex>
 
 #include "formats/structure_file.h"
 #include "support.h"
@@ -66,9 +65,8 @@ Domains OfReport(std::string line) {
   const std::vector<std::string> fields = Split(line, '\t');
   Domains d{fields.at(1), fields.at(2), {}};
   if (d.count != "1") {
-    const std::regex group("\\(([^)]*)\\)");
-    for (auto it = std::sregex_iterator(line.begin(), line.end(), group); it != std::sregex_iterator(); ++it)
-      d.sets.push_back(Split((*it)[1], ';'));
+    for (size_t open = line.find('('); open != std::string::npos; open = line.find('(', open + 1))
+      d.sets.push_back(Split(line.substr(open + 1, line.find(')', open) - open - 1), ';'));
   }
   return Sorted(d);
 }
@@ -81,11 +79,12 @@ Domains OfChopping(const std::string& residues, const std::string& count, const 
 }
 
 std::string JsonField(const std::string& line, const std::string& key) {
-  std::smatch match;
-  const std::regex field("\"" + key + "\":(\"[^\"]*\"|[^,}]*)");
-  if (!std::regex_search(line, match, field)) return "(none)";
-  std::string value = match[1];
-  return value.size() >= 2 && value.front() == '"' ? value.substr(1, value.size() - 2) : value;
+  const std::string name = "\"" + key + "\":";
+  const size_t at = line.find(name);
+  if (at == std::string::npos) return "(none)";
+  const size_t start = at + name.size();
+  if (line[start] == '"') return line.substr(start + 1, line.find('"', start + 1) - start - 1);
+  return line.substr(start, line.find_first_of(",}", start) - start);
 }
 
 struct Setting {

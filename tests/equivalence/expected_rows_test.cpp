@@ -6,7 +6,7 @@
 // then checks the diff against the classic reports before it is committed.
 #include <gtest/gtest.h>
 
-#include <regex>
+#include <sstream>
 
 #include "support.h"
 
@@ -19,10 +19,24 @@ const std::vector<std::string> kRuns[] = {
 
 // time_sec differs from run to run: the seventh TSV column, the JSON member.
 std::string Masked(const std::string& text, bool json) {
-  const std::regex time(json ? "(\"time_sec\":)[0-9.]+" : "^(([^\t]*\t){6})[0-9.]+\t");
   std::string masked;
   std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) masked += std::regex_replace(line, time, json ? "$1T" : "$1T\t") + "\n";
+  for (std::string line; std::getline(in, line);) {
+    size_t start = std::string::npos;
+    if (json) {
+      start = line.find("\"time_sec\":");
+      if (start != std::string::npos) start += 11;
+    } else if (line[0] != '#' && line.compare(0, 9, "chain_id\t") != 0) {
+      start = 0;
+      for (int tab = 0; tab < 6 && start != std::string::npos; ++tab) {
+        start = line.find('\t', start);
+        if (start != std::string::npos) ++start;
+      }
+    }
+    if (start != std::string::npos)
+      line.replace(start, line.find_first_not_of("0123456789.", start) - start, "T");
+    masked += line + "\n";
+  }
   return masked;
 }
 
