@@ -15,6 +15,7 @@
 #include "report/resume.h"
 #include "run/chain_plausibility.h"
 #include "run/plddt_filter.h"
+#include "secondary/dssp_helper.h"
 #include "secondary/dssp_source.h"
 #include "secondary/external_dssp.h"
 
@@ -22,12 +23,26 @@ namespace quarnel {
 
 namespace {
 
+// Where a chain of a run comes from: its records (the chain, or the file read whole), the
+// chain character they carry, and the file's own PDB text for a DSSP program reading it whole.
+struct ChainSource {
+  AtomRecords records;
+  int judged = kFirstResidueChain;
+  const StructureFile* file = nullptr;  // none for records given without a file
+};
+
 // The DSSP program of DSSP_PATH reads a PDB file: the file's own text when it is read whole,
 // else the chain's records written as the chain copy quarnel writes.
-std::unique_ptr<SecondaryStructureSource> SecondarySource(const BatchContext& batch, const StructureFile& file,
+std::unique_ptr<SecondaryStructureSource> SecondarySource(const BatchContext& batch, const ChainSource& source,
                                                           const ChainOutcome& outcome) {
-  if (batch.dsspPath == nullptr) return std::make_unique<BuiltinDssp>(batch.dssp, outcome.entry);
-  const std::string text = outcome.chainId.empty() ? file.WholePdbText() : PdbText(outcome.records.records);
+  if (batch.givenDssp != nullptr) return std::make_unique<GivenDssp>(*batch.givenDssp);
+  if (batch.dsspPath == nullptr) {
+    if (!DsspLibrary::Linked() && !batch.dsspHelper.empty())
+      return std::make_unique<HelperDssp>(batch.dsspHelper, outcome.entry);
+    return std::make_unique<BuiltinDssp>(batch.dssp, outcome.entry);
+  }
+  const std::string text = outcome.chainId.empty() && source.file != nullptr ? source.file->WholePdbText()
+                                                                             : PdbText(outcome.records.records);
   return std::make_unique<ExternalDssp>(batch.dsspPath, text, outcome.entry, batch.temporaries);
 }
 
@@ -54,9 +69,9 @@ int JudgedChain(const StructureFile& file, const std::string& chainId) {
 }
 
 // The records the run reads: the chain (or the whole file), less the residues below --min-plddt.
-void PrepareRecords(const BatchOptions& options, const StructureFile& file, const std::string& chainId,
-                    ChainOutcome& outcome, std::vector<ResidueMark>& marks, std::vector<std::string>& notes) {
-  outcome.records = chainId.empty() ? file.WholeRecords() : file.ChainRecords(chainId);
+void PrepareRecords(const BatchOptions& options, AtomRecords records, ChainOutcome& outcome,
+                    std::vector<ResidueMark>& marks, std::vector<std::string>& notes) {
+  outcome.records = std::move(records);
   if (!options.filterPlddt) return;
   ConfidentRecords kept = LeaveOutLowConfidence(outcome.records, options.minPlddt);
   outcome.records = std::move(kept.records);
@@ -66,19 +81,19 @@ void PrepareRecords(const BatchOptions& options, const StructureFile& file, cons
                          kept.leftOut, marks.size(), options.minPlddt));
 }
 
-void RunOneChain(const BatchContext& batch, const Input& input, const StructureFile& file,
-                 const std::string& chainId, ChainOutcome& outcome, std::vector<std::string>& notes) {
+void RunOneChain(const BatchContext& batch, const Input& input, ChainSource source, ChainOutcome& outcome,
+                 std::vector<std::string>& notes) {
   const BatchOptions& options = batch.options;
   const auto started = std::chrono::steady_clock::now();
   std::vector<ResidueMark> marks;
-  PrepareRecords(options, file, chainId, outcome, marks, notes);
+  PrepareRecords(options, std::move(source.records), outcome, marks, notes);
   const std::string implausible = ImplausibleChain(outcome.records.records);
   if (!implausible.empty()) {
     outcome.error = "refused: " + implausible;
     return;
   }
   const HeldRecords records(input.path, outcome.records);
-  std::unique_ptr<SecondaryStructureSource> secondary = SecondarySource(batch, file, outcome);
+  std::unique_ptr<SecondaryStructureSource> secondary = SecondarySource(batch, source, outcome);
   std::unique_ptr<WorkerPool> engine;
   RunContext context;
   if (batch.engineThreads > 1) {
@@ -86,7 +101,7 @@ void RunOneChain(const BatchContext& batch, const Input& input, const StructureF
     context.workers = engine.get();
   }
   try {
-    const ChainInput chain{&records, outcome.entry, JudgedChain(file, chainId), input.path};
+    const ChainInput chain{&records, outcome.entry, source.judged, input.path};
     outcome.result = RunChainIn(options.mode, chain, options.params, secondary.get(), context);
     if (!options.featuresFile.empty()) outcome.features = CandidatesJson(outcome);
     outcome.ok = true;
@@ -172,7 +187,9 @@ void RunChosenChains(BatchContext& batch, const Input& input, const StructureFil
     outcome.mode = DecisionModeName(batch.options.mode);
     if (batch.done.count(KeyOf(batch.options.format, outcome.input, chainId)) != 0) continue;
     try {
-      RunOneChain(batch, input, file, chainId, outcome, result.notes);
+      ChainSource source{chainId.empty() ? file.WholeRecords() : file.ChainRecords(chainId),
+                         JudgedChain(file, chainId), &file};
+      RunOneChain(batch, input, std::move(source), outcome, result.notes);
     } catch (const std::runtime_error& error) {
       outcome.error = error.what();
     }
@@ -217,6 +234,30 @@ InputResult RunInput(BatchContext& batch, const Input& input) {
     result.chains.push_back(FailedOutcome(input, "", error.what()));
   }
   return result;
+}
+
+InputResult RunFile(BatchContext& batch, const Input& input, const StructureFile& file) {
+  InputResult result;
+  try {
+    RunChosenChains(batch, input, file, result);
+  } catch (const std::exception& error) {
+    result.chains.push_back(FailedOutcome(input, "", error.what()));
+  }
+  return result;
+}
+
+ChainOutcome RunRecords(const BatchContext& batch, const Input& input, AtomRecords records, char judged,
+                        const std::string& chainId, std::vector<std::string>& notes) {
+  ChainOutcome outcome = NewOutcome(input, chainId);
+  outcome.mode = DecisionModeName(batch.options.mode);
+  try {
+    RunOneChain(batch, input, ChainSource{std::move(records), static_cast<unsigned char>(judged), nullptr},
+                outcome, notes);
+  } catch (const std::runtime_error& error) {
+    outcome.error = error.what();
+  }
+  outcome.result.contacts = ContactMap();
+  return outcome;
 }
 
 }  // namespace quarnel

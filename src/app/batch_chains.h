@@ -12,6 +12,7 @@
 #include <cstdio>
 
 #include "app/batch_inputs.h"
+#include "formats/structure_file.h"
 #include "base/temporary_files.h"
 #include "report/outcome.h"
 #include "secondary/dssp_library.h"
@@ -29,6 +30,11 @@ struct BatchContext {
   TemporaryFiles* temporaries;  // removed should the run be interrupted
   std::FILE* input;             // standard input, for the input "-"
   std::atomic<bool> stop{false};  // a file could not be written: no more chains are started
+  // The DSSP helper program, where this program was built without DSSP's library and the
+  // library's secondary structure is asked for (quarnel's Python module); else empty.
+  std::string dsspHelper;
+  // DSSP's rows given by the caller for the one chain of the run; null when DSSP is to run.
+  const std::vector<DsspRow>* givenDssp = nullptr;
 };
 
 // Every chain an input asks for, in order.
@@ -39,6 +45,14 @@ struct InputResult {
 };
 
 InputResult RunInput(BatchContext& batch, const Input& input);
+
+// The chains an input asks for, of its file already read.
+InputResult RunFile(BatchContext& batch, const Input& input, const StructureFile& file);
+
+// One chain given as records rather than in a file (`judged` is the chain character its
+// records carry), judged as a chain of a file is; its notes are added to `notes`.
+ChainOutcome RunRecords(const BatchContext& batch, const Input& input, AtomRecords records, char judged,
+                        const std::string& chainId, std::vector<std::string>& notes);
 
 // A failed outcome for an input that could not be judged at all.
 ChainOutcome FailedOutcome(const Input& input, const std::string& chainId, const std::string& error);

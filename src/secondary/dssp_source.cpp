@@ -35,13 +35,17 @@ AtomRecord RecordOf(const Atom& atom) {
 
 }  // namespace
 
-SecondaryStructure BuiltinDssp::Read(const Structure& structure, std::vector<Message>& messages) {
+std::vector<AtomRecord> DsspAtoms(const Structure& structure) {
   std::vector<AtomRecord> atoms;
   atoms.reserve(structure.atoms.size());
   for (const Atom& atom : structure.atoms) atoms.push_back(RecordOf(atom));
+  return atoms;
+}
+
+SecondaryStructure BuiltinDssp::Read(const Structure& structure, std::vector<Message>& messages) {
   std::vector<DsspRow> rows;
   try {
-    for (const DsspResidue& residue : library_.Residues(atoms)) rows.push_back(residue.row);
+    for (const DsspResidue& residue : library_.Residues(DsspAtoms(structure))) rows.push_back(residue.row);
   } catch (const std::runtime_error& failure) {
     messages.push_back(Message{Stream::kStderr,
                                Format("quarnel: %s: %s; going on without secondary structure\n",

@@ -8,6 +8,9 @@
 
 namespace quarnel {
 
+// The structure's atoms as DSSP's library takes them: the fields of their records it reads.
+std::vector<AtomRecord> DsspAtoms(const Structure& structure);
+
 class BuiltinDssp final : public SecondaryStructureSource {
  public:
   // `name` is the input as messages give it.
@@ -20,6 +23,20 @@ class BuiltinDssp final : public SecondaryStructureSource {
  private:
   const DsspLibrary& library_;
   std::string name_;
+};
+
+// DSSP's rows given by the caller (a library user's own DSSP run), matched to the residues read
+// as the built-in DSSP's are.
+class GivenDssp final : public SecondaryStructureSource {
+ public:
+  explicit GivenDssp(const std::vector<DsspRow>& rows) : rows_(rows) {}
+
+  SecondaryStructure Read(const Structure& structure, std::vector<Message>&) override {
+    return MatchDsspRows(rows_, structure.residues);
+  }
+
+ private:
+  const std::vector<DsspRow>& rows_;
 };
 
 }  // namespace quarnel
