@@ -2,7 +2,7 @@
 # Structural checks of the tool, run as a CTest:
 #  1. no file under src/<layer>/ includes a header of a higher layer, in the order
 #     base < formats < structure < secondary < contacts < partition < output < confidence < cath <
-#     run < report < app < library < cli;
+#     run < report < app < library < cli, python;
 #  2. sizes: no file of src/ over 500 lines (src/cath/model_tables.h is data the training script
 #     writes, not code), src/cli/ under 800 lines in all (the command line stays a thin program
 #     over the libraries), no function over 60 lines;
@@ -19,7 +19,7 @@ src=${1:?usage: check_layers.sh <src folder> <quarnel binary>}
 binary=${2:?usage: check_layers.sh <src folder> <quarnel binary>}
 [[ -d $src && -x $binary ]] || { echo "check_layers.sh: no folder $src or no program $binary" >&2; exit 2; }
 
-layers=(base formats structure secondary contacts partition output confidence cath run report app library cli)
+layers=(base formats structure secondary contacts partition output confidence cath run report app library cli python)
 declare -A rank
 for i in "${!layers[@]}"; do rank[${layers[$i]}]=$i; done
 
