@@ -34,6 +34,12 @@ missing_packages() {
   [[ -e /usr/include/cif++.hpp ]] || echo libcifpp-dev
   # Result files: MD5 of each chain's sequence.
   [[ -e /usr/include/md5.h ]] || echo libmd-dev
+  # The Python module: pybind11 and the system Python's headers; NumPy for its residue labels.
+  [[ -e /usr/include/pybind11/pybind11.h ]] || echo pybind11-dev
+  /usr/bin/python3 -c 'import os, sys, sysconfig
+sys.exit(not os.path.exists(os.path.join(sysconfig.get_paths()["include"], "Python.h")))' 2>/dev/null ||
+    echo python3-dev
+  /usr/bin/python3 -c 'import numpy' 2>/dev/null || echo python3-numpy
 }
 
 # What the tests of the tools around quarnel use: the cluster workflow, headless PyMOL for the

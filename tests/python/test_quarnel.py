@@ -5,6 +5,7 @@ import concurrent.futures
 import json
 import os
 import subprocess
+import sys
 import tempfile
 import unittest
 
@@ -89,6 +90,18 @@ class SameAsCommandLine(unittest.TestCase):
         with concurrent.futures.ThreadPoolExecutor(4) as pool:
             together = list(pool.map(lambda name: quarnel.chop(name).tsv_row, names))
         self.assertEqual(rows("".join(together)), rows("".join(alone)))
+
+
+class Readme(unittest.TestCase):
+    def test_the_python_example_prints_what_it_says(self):
+        with open(os.path.join(os.environ["QUARNEL_SOURCE"], "README.md")) as readme:
+            text = readme.read()
+        section = text[text.index("## Use from Python"):]
+        code = section.split("```python\n", 1)[1].split("```", 1)[0]
+        printed = section.split("prints\n\n```\n", 1)[1].split("```", 1)[0]
+        run = subprocess.run([sys.executable, "-c", code], cwd=DATA, capture_output=True, text=True)
+        self.assertEqual(run.stderr, "")
+        self.assertEqual(run.stdout, printed)
 
 
 class Values(unittest.TestCase):
