@@ -50,7 +50,17 @@ def options(mode="classic", **settings):
     return result
 
 
+# The chopper of the latest settings, kept for the next call: its DSSP helper keeps running
+# between calls, which a loop of chop() over many files would otherwise start each time.
+_latest = None
+
+
 def _chopper(mode, settings):
+    global _latest
+    key = (str(mode), tuple(sorted(settings.items())))
+    latest = _latest
+    if latest is not None and latest[0] == key:
+        return latest[1]
     chosen = options(mode, **settings)
     helper = _dssp_helper()
     if chosen.secondary_structure and not helper:
@@ -58,7 +68,9 @@ def _chopper(mode, settings):
                       "reinstall quarnel, or pass secondary_structure=False" % _HELPER)
         error.status = 1
         raise error
-    return Chopper(chosen, helper)
+    chopper = Chopper(chosen, helper)
+    _latest = (key, chopper)
+    return chopper
 
 
 def _one(results, source):

@@ -52,7 +52,7 @@ int RunBatch(const BatchOptions& options, BatchIo& io) {
                                         "waiting for it to end\n");
   });
   BatchContext batch{options, dssp, external ? dsspPath : nullptr, std::max(1, Cores() / jobs),
-                     file.done(), &io.temporaries, io.input, false, {}, nullptr};
+                     file.done(), &io.temporaries, io.input, false, nullptr, nullptr};
   ResultSink sink(options, file, inputs.size(), batch.stop, io.console);
   WorkerPool pool(jobs);
   pool.ParallelFor(static_cast<int>(inputs.size()), [&](int index, int) {

@@ -37,8 +37,8 @@ std::unique_ptr<SecondaryStructureSource> SecondarySource(const BatchContext& ba
                                                           const ChainOutcome& outcome) {
   if (batch.givenDssp != nullptr) return std::make_unique<GivenDssp>(*batch.givenDssp);
   if (batch.dsspPath == nullptr) {
-    if (!DsspLibrary::Linked() && !batch.dsspHelper.empty())
-      return std::make_unique<HelperDssp>(batch.dsspHelper, outcome.entry);
+    if (!DsspLibrary::Linked() && batch.dsspHelpers != nullptr)
+      return std::make_unique<HelperDssp>(*batch.dsspHelpers, outcome.entry);
     return std::make_unique<BuiltinDssp>(batch.dssp, outcome.entry);
   }
   const std::string text = outcome.chainId.empty() && source.file != nullptr ? source.file->WholePdbText()

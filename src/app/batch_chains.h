@@ -15,6 +15,7 @@
 #include "formats/structure_file.h"
 #include "base/temporary_files.h"
 #include "report/outcome.h"
+#include "secondary/dssp_helper.h"
 #include "secondary/dssp_library.h"
 
 namespace quarnel {
@@ -30,9 +31,9 @@ struct BatchContext {
   TemporaryFiles* temporaries;  // removed should the run be interrupted
   std::FILE* input;             // standard input, for the input "-"
   std::atomic<bool> stop{false};  // a file could not be written: no more chains are started
-  // The DSSP helper program, where this program was built without DSSP's library and the
-  // library's secondary structure is asked for (quarnel's Python module); else empty.
-  std::string dsspHelper;
+  // The DSSP helper programs, where this program was built without DSSP's library and the
+  // library's secondary structure is asked for (quarnel's Python module); else null.
+  DsspHelpers* dsspHelpers = nullptr;
   // DSSP's rows given by the caller for the one chain of the run; null when DSSP is to run.
   const std::vector<DsspRow>* givenDssp = nullptr;
 };

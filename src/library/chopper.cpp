@@ -7,6 +7,7 @@
 #include "app/batch_inputs.h"
 #include "base/status.h"
 #include "base/workers.h"
+#include "secondary/dssp_helper.h"
 #include "library/chopper_internal.h"
 #include "library/conversions.h"
 #include "quarnel/quarnel.h"
@@ -17,14 +18,14 @@ struct Chopper::Impl {
   Options options;
   BatchOptions batch;
   DsspLibrary dssp;
-  std::string dsspHelper;
+  std::unique_ptr<DsspHelpers> dsspHelpers;  // none unless the bindings name the program
 
   // What every chain of one call shares; `jobs` inputs run at once share the cores.
   std::unique_ptr<BatchContext> Context(const BatchOptions& batchOptions, int jobs) const {
     const int cores = WorkerPool::DefaultThreads();
     const int threads = options.threads > 0 ? options.threads : std::max(1, cores / std::max(1, jobs));
     auto context = std::unique_ptr<BatchContext>(
-        new BatchContext{batchOptions, dssp, nullptr, threads, {}, nullptr, nullptr, false, dsspHelper, nullptr});
+        new BatchContext{batchOptions, dssp, nullptr, threads, {}, nullptr, nullptr, false, dsspHelpers.get(), nullptr});
     return context;
   }
 };
@@ -132,7 +133,9 @@ std::vector<Result> Chopper::ChopAll(const std::vector<std::string>& paths, int 
   return results;
 }
 
-void SetDsspHelper(Chopper& chopper, const std::string& program) { chopper.impl_->dsspHelper = program; }
+void SetDsspHelper(Chopper& chopper, const std::string& program) {
+  chopper.impl_->dsspHelpers = program.empty() ? nullptr : std::make_unique<DsspHelpers>(program);
+}
 
 std::string ResidueId::Label() const {
   std::string label = std::to_string(number);

@@ -2,15 +2,14 @@
 // output, read whole (it reads all its input before it writes).
 #include "secondary/dssp_helper.h"
 
-#include <fcntl.h>
 #include <spawn.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <sstream>
 #include <stdexcept>
 
 #include "base/text.h"
@@ -22,180 +21,190 @@ namespace quarnel {
 
 namespace {
 
-constexpr char kTab = '\t';
+// An atom as the helper gets it: every field DSSP reads, fixed-size.
+struct PackedAtom {
+  char name[5];
+  char altloc;
+  char resname[4];
+  char chain;
+  char icode;
+  char element[3];
+  int32_t resnum;
+  double x, y, z, bfactor;
+};
 
-std::vector<std::string> Fields(const std::string& line) {
-  std::vector<std::string> fields;
-  size_t start = 0;
-  for (;;) {
-    const size_t tab = line.find(kTab, start);
-    fields.push_back(line.substr(start, tab == std::string::npos ? std::string::npos : tab - start));
-    if (tab == std::string::npos) return fields;
-    start = tab + 1;
-  }
-}
+constexpr char kRows = 'R', kFailed = 'F';
 
-template <size_t N>
-void CopyField(char (&to)[N], const std::string& from) {
-  std::memset(to, 0, N);
-  std::strncpy(to, from.c_str(), N - 1);
-}
-
-char CharField(const std::string& field) { return field.empty() ? ' ' : field[0]; }
-
-double Real(const std::string& field) {
-  char* end = nullptr;
-  const double value = std::strtod(field.c_str(), &end);
-  if (field.empty() || *end != '\0') throw std::runtime_error("DSSP helper: not a number: " + field);
-  return value;
-}
-
-int Whole(const std::string& field) {
-  char* end = nullptr;
-  const long value = std::strtol(field.c_str(), &end, 10);
-  if (field.empty() || *end != '\0') throw std::runtime_error("DSSP helper: not a whole number: " + field);
-  return static_cast<int>(value);
-}
-
-// Writes all of `text` to fd, then closes it.
-bool WriteAll(int fd, const std::string& text) {
+bool WriteAll(int fd, const char* data, size_t size) {
   size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t wrote = ::write(fd, text.data() + done, text.size() - done);
+  while (done < size) {
+    // A helper that died must not end the caller with SIGPIPE: sockets take MSG_NOSIGNAL.
+    const ssize_t wrote = ::send(fd, data + done, size - done, MSG_NOSIGNAL);
     if (wrote < 0 && errno == EINTR) continue;
-    if (wrote <= 0) break;
+    if (wrote <= 0) return false;
     done += static_cast<size_t>(wrote);
   }
-  ::close(fd);
-  return done == text.size();
+  return true;
 }
 
-std::string ReadAll(int fd) {
-  std::string text;
-  char chunk[1 << 16];
-  for (;;) {
-    const ssize_t got = ::read(fd, chunk, sizeof chunk);
+bool ReadExactly(int fd, char* data, size_t size) {
+  size_t done = 0;
+  while (done < size) {
+    const ssize_t got = ::read(fd, data + done, size - done);
     if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) break;
-    text.append(chunk, static_cast<size_t>(got));
+    if (got <= 0) return false;
+    done += static_cast<size_t>(got);
   }
-  ::close(fd);
-  return text;
+  return true;
 }
 
-// Runs the program with `input` on its standard input; its standard output, whole.
-std::string RunHelper(const std::string& program, const std::string& input) {
-  int in[2], out[2];
-  if (::pipe2(in, O_CLOEXEC) != 0) throw std::runtime_error(std::string("DSSP helper: ") + std::strerror(errno));
-  if (::pipe2(out, O_CLOEXEC) != 0) {
-    const int error = errno;
-    ::close(in[0]);
-    ::close(in[1]);
-    throw std::runtime_error(std::string("DSSP helper: ") + std::strerror(error));
-  }
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, in[0], STDIN_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
-  char* argv[] = {const_cast<char*>(program.c_str()), nullptr};
-  pid_t pid = 0;
-  const int spawned = posix_spawn(&pid, program.c_str(), &actions, nullptr, argv, environ);
-  posix_spawn_file_actions_destroy(&actions);
-  ::close(in[0]);
-  ::close(out[1]);
-  if (spawned != 0) {
-    ::close(in[1]);
-    ::close(out[0]);
-    throw std::runtime_error(Format("cannot run %s: %s", program.c_str(), std::strerror(spawned)));
-  }
-  WriteAll(in[1], input);
-  const std::string output = ReadAll(out[0]);
-  int status = 0;
-  while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-  }
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
-    throw std::runtime_error(Format("%s ended abnormally (status %d)", program.c_str(), status));
-  return output;
-}
+constexpr size_t kMaxMessage = size_t{1} << 32;  // far above the atoms of any chain
 
 }  // namespace
 
 std::string WriteHelperAtoms(const std::vector<AtomRecord>& atoms) {
-  std::string text;
-  for (const AtomRecord& a : atoms) {
-    text += Format("%s\t%c\t%s\t%c\t%d\t%c\t%.17g\t%.17g\t%.17g\t%.17g\t%s\n", a.name, a.altloc, a.resname,
-                   a.chain, a.resnum, a.icode, a.x, a.y, a.z, a.bfactor, a.element);
+  std::string text(atoms.size() * sizeof(PackedAtom), '\0');
+  for (size_t k = 0; k < atoms.size(); ++k) {
+    const AtomRecord& a = atoms[k];
+    PackedAtom packed{};
+    std::memcpy(packed.name, a.name, sizeof packed.name);
+    packed.altloc = a.altloc;
+    std::memcpy(packed.resname, a.resname, sizeof packed.resname);
+    packed.chain = a.chain;
+    packed.icode = a.icode;
+    std::memcpy(packed.element, a.element, sizeof packed.element);
+    packed.resnum = a.resnum;
+    packed.x = a.x;
+    packed.y = a.y;
+    packed.z = a.z;
+    packed.bfactor = a.bfactor;
+    std::memcpy(&text[k * sizeof packed], &packed, sizeof packed);
   }
   return text;
 }
 
 std::vector<AtomRecord> ReadHelperAtoms(const std::string& text) {
-  std::vector<AtomRecord> atoms;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) {
-    const std::vector<std::string> f = Fields(line);
-    if (f.size() != 11) throw std::runtime_error("DSSP helper: not an atom line: " + line);
-    AtomRecord atom;
-    CopyField(atom.name, f[0]);
-    atom.altloc = CharField(f[1]);
-    CopyField(atom.resname, f[2]);
-    atom.chain = CharField(f[3]);
-    atom.resnum = Whole(f[4]);
-    atom.icode = CharField(f[5]);
-    atom.x = Real(f[6]);
-    atom.y = Real(f[7]);
-    atom.z = Real(f[8]);
-    atom.bfactor = Real(f[9]);
-    CopyField(atom.element, f[10]);
-    atoms.push_back(atom);
+  if (text.size() % sizeof(PackedAtom) != 0) throw std::runtime_error("DSSP helper: not whole atoms");
+  std::vector<AtomRecord> atoms(text.size() / sizeof(PackedAtom));
+  for (size_t k = 0; k < atoms.size(); ++k) {
+    PackedAtom packed;
+    std::memcpy(&packed, &text[k * sizeof packed], sizeof packed);
+    AtomRecord& a = atoms[k];
+    std::memcpy(a.name, packed.name, sizeof a.name);
+    a.name[sizeof a.name - 1] = '\0';
+    a.altloc = packed.altloc;
+    std::memcpy(a.resname, packed.resname, sizeof a.resname);
+    a.resname[sizeof a.resname - 1] = '\0';
+    a.chain = packed.chain;
+    a.icode = packed.icode;
+    std::memcpy(a.element, packed.element, sizeof a.element);
+    a.element[sizeof a.element - 1] = '\0';
+    a.resnum = packed.resnum;
+    a.x = packed.x;
+    a.y = packed.y;
+    a.z = packed.z;
+    a.bfactor = packed.bfactor;
   }
   return atoms;
 }
 
 std::string WriteHelperRows(const std::vector<DsspRow>& rows) {
-  std::string text = std::string(kDsspHelperRows) + "\n";
-  for (const DsspRow& r : rows)
-    text += Format("%d\t%d\t%c\t%c\t%c\t%d\t%d\t%d\n", r.number, r.resnum, r.icode, r.aa, r.ss, r.partner1,
-                   r.partner2, r.chainBreak ? 1 : 0);
+  std::string text(1 + rows.size() * sizeof(DsspRow), kRows);
+  if (!rows.empty()) std::memcpy(&text[1], rows.data(), rows.size() * sizeof(DsspRow));
   return text;
 }
 
-std::string WriteHelperFailure(const std::string& reason) {
-  std::string line = reason;
-  for (char& c : line)
-    if (c == '\n') c = ' ';
-  return std::string(kDsspHelperFailed) + "\t" + line + "\n";
-}
+std::string WriteHelperFailure(const std::string& reason) { return kFailed + reason; }
 
 std::vector<DsspRow> ReadHelperRows(const std::string& text) {
-  std::istringstream in(text);
-  std::string line;
-  if (!std::getline(in, line)) throw std::runtime_error("DSSP helper gave no output");
-  if (line.rfind(std::string(kDsspHelperFailed) + "\t", 0) == 0)
-    throw std::runtime_error(line.substr(std::strlen(kDsspHelperFailed) + 1));
-  if (line != kDsspHelperRows) throw std::runtime_error("DSSP helper gave output of another kind");
-  std::vector<DsspRow> rows;
-  while (std::getline(in, line)) {
-    const std::vector<std::string> f = Fields(line);
-    if (f.size() != 8) throw std::runtime_error("DSSP helper: not a row: " + line);
-    DsspRow row;
-    row.number = Whole(f[0]);
-    row.resnum = Whole(f[1]);
-    row.icode = CharField(f[2]);
-    row.aa = CharField(f[3]);
-    row.ss = CharField(f[4]);
-    row.partner1 = Whole(f[5]);
-    row.partner2 = Whole(f[6]);
-    row.chainBreak = f[7] == "1";
-    rows.push_back(row);
-  }
+  if (!text.empty() && text[0] == kFailed) throw std::runtime_error(text.substr(1));
+  if (text.empty() || text[0] != kRows || (text.size() - 1) % sizeof(DsspRow) != 0)
+    throw std::runtime_error("DSSP helper gave output of another kind");
+  std::vector<DsspRow> rows((text.size() - 1) / sizeof(DsspRow));
+  if (!rows.empty()) std::memcpy(rows.data(), &text[1], text.size() - 1);
   return rows;
+}
+
+bool WriteHelperMessage(int fd, const std::string& text) {
+  const std::string head = std::to_string(text.size()) + "\n";
+  return WriteAll(fd, head.data(), head.size()) && WriteAll(fd, text.data(), text.size());
+}
+
+bool ReadHelperMessage(int fd, std::string& text) {
+  std::string head;
+  for (char c = 0; head.size() < 24;) {
+    if (!ReadExactly(fd, &c, 1)) return false;
+    if (c == '\n') break;
+    head += c;
+  }
+  char* end = nullptr;
+  const unsigned long long size = std::strtoull(head.c_str(), &end, 10);
+  if (head.empty() || *end != '\0' || size > kMaxMessage) return false;
+  text.assign(static_cast<size_t>(size), '\0');
+  return ReadExactly(fd, &text[0], text.size());
+}
+
+DsspHelpers::~DsspHelpers() {
+  for (const Helper& helper : idle_) Stop(helper);
+}
+
+DsspHelpers::Helper DsspHelpers::Start() const {
+  int sockets[2];
+  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0)
+    throw std::runtime_error(std::string("DSSP helper: ") + std::strerror(errno));
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, sockets[1], STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, sockets[1], STDOUT_FILENO);
+  char* argv[] = {const_cast<char*>(program_.c_str()), nullptr};
+  Helper helper;
+  const int spawned = posix_spawn(&helper.pid, program_.c_str(), &actions, nullptr, argv, environ);
+  posix_spawn_file_actions_destroy(&actions);
+  ::close(sockets[1]);
+  if (spawned != 0) {
+    ::close(sockets[0]);
+    throw std::runtime_error(Format("cannot run %s: %s", program_.c_str(), std::strerror(spawned)));
+  }
+  helper.socket = sockets[0];
+  return helper;
+}
+
+void DsspHelpers::Stop(const Helper& helper) {
+  ::close(helper.socket);  // the helper reads the end of its input and ends
+  int status = 0;
+  while (::waitpid(helper.pid, &status, 0) < 0 && errno == EINTR) {
+  }
+}
+
+std::vector<DsspRow> DsspHelpers::Rows(const std::vector<AtomRecord>& atoms) {
+  const std::string request = WriteHelperAtoms(atoms);
+  for (int attempt = 0;; ++attempt) {
+    Helper helper;
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      if (!idle_.empty()) {
+        helper = idle_.back();
+        idle_.pop_back();
+      }
+    }
+    if (helper.pid < 0) helper = Start();
+    std::string answer;
+    if (WriteHelperMessage(helper.socket, request) && ReadHelperMessage(helper.socket, answer)) {
+      {
+        std::lock_guard<std::mutex> lock(mutex_);
+        idle_.push_back(helper);
+      }
+      return ReadHelperRows(answer);
+    }
+    Stop(helper);
+    if (attempt == 1) throw std::runtime_error(program_ + " broke off");
+  }
 }
 
 SecondaryStructure HelperDssp::Read(const Structure& structure, std::vector<Message>& messages) {
   std::vector<DsspRow> rows;
   try {
-    rows = ReadHelperRows(RunHelper(program_, WriteHelperAtoms(DsspAtoms(structure))));
+    rows = helpers_.Rows(DsspAtoms(structure));
   } catch (const std::runtime_error& failure) {
     messages.push_back(Message{Stream::kStderr,
                                Format("quarnel: %s: %s; going on without secondary structure\n",

@@ -4,7 +4,9 @@
 // every value reads back as it was written, so the rows are the library's own.
 #pragma once
 
+#include <mutex>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 #include "secondary/dssp_library.h"
@@ -12,35 +14,66 @@
 
 namespace quarnel {
 
-// The helper's name, and the line its output opens with when DSSP gave rows.
 inline constexpr char kDsspHelperName[] = "quarnel-secondary";
-inline constexpr char kDsspHelperRows[] = "rows";
-inline constexpr char kDsspHelperFailed[] = "failed";
 
-// One atom per line, the fields DSSP reads, tab-separated; coordinates and B-factors in full
-// precision.
+// The fields of each atom DSSP reads, as bytes: the helper is this build's own program on the
+// same machine, and the values must come back as they were (coordinates to the last bit).
 std::string WriteHelperAtoms(const std::vector<AtomRecord>& atoms);
-// Fails with std::runtime_error on a line that is not one.
+// Fails with std::runtime_error on text that is not whole atoms.
 std::vector<AtomRecord> ReadHelperAtoms(const std::string& text);
 
-// kDsspHelperRows and one row per line, or kDsspHelperFailed and the reason.
+// The rows, or DSSP's failure and its reason.
 std::string WriteHelperRows(const std::vector<DsspRow>& rows);
 std::string WriteHelperFailure(const std::string& reason);
 // The rows; std::runtime_error with the helper's reason when DSSP failed, or when the text is
 // not the helper's.
 std::vector<DsspRow> ReadHelperRows(const std::string& text);
 
+// Helper programs kept running between chains, each serving one chain at a time: starting one
+// (and DSSP's dictionary in it) costs more than most chains' secondary structure. Requests and
+// answers go over a socket, each a decimal byte count on a line of its own and the text; a
+// helper ends when its socket is closed. Any number of threads may ask at once.
+class DsspHelpers {
+ public:
+  explicit DsspHelpers(std::string program) : program_(std::move(program)) {}
+  ~DsspHelpers();
+  DsspHelpers(const DsspHelpers&) = delete;
+  DsspHelpers& operator=(const DsspHelpers&) = delete;
+
+  const std::string& program() const { return program_; }
+  // DSSP's rows for the atoms; std::runtime_error when DSSP fails or no helper answers (a helper
+  // that broke off is replaced once).
+  std::vector<DsspRow> Rows(const std::vector<AtomRecord>& atoms);
+
+ private:
+  struct Helper {
+    pid_t pid = -1;
+    int socket = -1;
+  };
+  Helper Start() const;
+  static void Stop(const Helper& helper);
+
+  std::string program_;
+  std::mutex mutex_;
+  std::vector<Helper> idle_;
+};
+
+// One framed message on a helper's socket (`fd`): false when it could not be written.
+bool WriteHelperMessage(int fd, const std::string& text);
+// The next one; false at the end of the stream or on a broken message.
+bool ReadHelperMessage(int fd, std::string& text);
+
 class HelperDssp final : public SecondaryStructureSource {
  public:
-  // `program` is the helper's path, `name` the input as messages give it.
-  HelperDssp(std::string program, std::string name) : program_(std::move(program)), name_(std::move(name)) {}
+  // `name` is the input as messages give it.
+  HelperDssp(DsspHelpers& helpers, std::string name) : helpers_(helpers), name_(std::move(name)) {}
 
   // DSSP's rows matched to the residues; when DSSP or the helper fails, a note and a table
   // without secondary structure, as the built-in DSSP does.
   SecondaryStructure Read(const Structure& structure, std::vector<Message>& messages) override;
 
  private:
-  std::string program_;
+  DsspHelpers& helpers_;
   std::string name_;
 };
 
