@@ -115,6 +115,7 @@ void RunOneChain(const BatchContext& batch, const Input& input, ChainSource sour
   NoteMessages(context.messages, outcome.entry, notes);
   if (outcome.ok && outcome.leftOut > 0) {
     outcome.gapBefore = GapsBefore(outcome.result.structure.residues, marks);
+    outcome.leftOutResidues = PlaceLeftOut(outcome.result.structure.residues, marks);
     SplitAtGaps(outcome.result, outcome.gapBefore, outcome.entry);
   }
   outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();

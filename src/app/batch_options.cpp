@@ -20,7 +20,7 @@ void CheckBatchOptions(const BatchOptions& o) {
   if (!o.chain.empty() && o.eachChain) BadOption("--chain and --each-chain exclude each other");
   if (o.resume && o.out.empty()) BadOption("--resume needs --out FILE");
   if (o.resume && o.format == ResultFormat::kClassic)
-    BadOption("--resume needs --format tsv or json",
+    BadOption("--resume needs --format tsv, json or residues",
               "quarnel: classic report lines do not say which input and chain they came from");
   if (!o.featuresFile.empty() && o.mode != DecisionMode::kCath)
     BadOption("--features needs --mode cath", "quarnel: only the accuracy mode has candidate cuts to write");

@@ -17,8 +17,16 @@ namespace quarnel {
 
 namespace {
 
-// The program built with DSSP's library, beside this one.
+// The program built with DSSP's library: beside this one in the build tree (or where a user
+// copied the two), in the package's own folder of programs in an installed tree, where users do
+// not run it by name. The build gives the installed folder relative to the folder of quarnel
+// (src/CMakeLists.txt); a build that never set it finds the program beside quarnel alone.
 constexpr char kFullProgram[] = "quarnel-full";
+#ifdef QUARNEL_FULL_FROM_BIN
+constexpr char kInstalledFolder[] = QUARNEL_FULL_FROM_BIN;
+#else
+constexpr char kInstalledFolder[] = "";
+#endif
 
 bool GzipOrMmcif(const std::string& path) {
   std::FILE* file = std::fopen(path.c_str(), "rb");
@@ -31,6 +39,18 @@ bool GzipOrMmcif(const std::string& path) {
   const std::string text(head, read);
   const size_t start = text.find_first_not_of(" \t\r\n");
   return start != std::string::npos && text.compare(start, 5, "data_") == 0;
+}
+
+std::string FullProgramPath() {
+  // The kernel gives this program's path with every link resolved: a link to an installed quarnel
+  // (in ~/bin, say) still finds the installed tree.
+  const std::string self = LinkTarget("/proc/self/exe");
+  if (self.empty()) return kFullProgram;
+  const std::string folder = FolderOf(self);
+  const std::string beside = InFolder(folder, kFullProgram);
+  if (kInstalledFolder[0] == '\0' || access(beside.c_str(), X_OK) == 0) return beside;
+  const std::string installed = InFolder(InFolder(folder, kInstalledFolder), kFullProgram);
+  return access(installed.c_str(), X_OK) == 0 ? installed : beside;
 }
 
 }  // namespace
@@ -57,9 +77,7 @@ bool ReadTheBatchWay(const CommandLine& line, BatchOptions& batch) {
 bool NeedsFullProgram(const BatchOptions& batch) { return !DsspLibrary::Linked() && UsesDsspLibrary(batch); }
 
 std::string HandOver(const char* const* argv) {
-  std::string path = kFullProgram;
-  const std::string self = LinkTarget("/proc/self/exe");
-  if (!self.empty()) path = InFolder(FolderOf(self), kFullProgram);
+  const std::string path = FullProgramPath();
   std::fflush(stdout);
   std::fflush(stderr);
   execv(path.c_str(), const_cast<char* const*>(argv));

@@ -18,8 +18,10 @@ bool ReadTheBatchWay(const CommandLine& line, BatchOptions& batch);
 // program was built without.
 bool NeedsFullProgram(const BatchOptions& batch);
 
-// Replaces this process by quarnel-full beside it, with the same command line and environment.
-// Returns only when that cannot be done, with the line that says why.
+// Replaces this process by quarnel-full, with the same command line and environment: the one
+// beside this program when it can be run there, else the one of the installed tree
+// (../libexec/quarnel from this program's folder, links resolved). Returns only when neither can
+// be run, with the line that says why, naming the path beside this program.
 std::string HandOver(const char* const* argv);
 
 }  // namespace quarnel

@@ -57,6 +57,7 @@ std::string FormatOfFirstLine(const std::string& firstLine) {
   std::string options;
   if (ReadRecordedOptions(ResultFormat::kTsv, firstLine, options)) return "TSV results";
   if (ReadRecordedOptions(ResultFormat::kJson, firstLine, options)) return "JSON Lines results";
+  if (ReadRecordedOptions(ResultFormat::kResidues, firstLine, options)) return "residue rows";
   if (firstLine.rfind("chain_id\t", 0) == 0) return "TSV results of an earlier quarnel, without its options";
   return "no quarnel results";
 }

@@ -65,12 +65,14 @@ constexpr OptionRow kRows[] = {
     {I::kFeatures, "--features", "FILE", K::kBatch, C::kText, "", "", G::kDecision,
      "with --mode cath: every candidate cut of each chain with the features the model reads, one JSON line "
      "per chain"},
-    {I::kFormat, "--format", "F", K::kBatch, C::kChoice, "classic|tsv|json", "classic", G::kResults,
-     "classic (the report line), tsv (one row per chain, Chainsaw's columns first), json (JSON Lines)"},
+    {I::kFormat, "--format", "F", K::kBatch, C::kChoice, "classic|tsv|json|residues", "classic", G::kResults,
+     "classic (the report line), tsv (a row per chain, Chainsaw's columns first), json (JSON Lines), "
+     "residues (a row per residue: its domain, 0 for none)"},
     {I::kOut, "--out", "FILE", K::kBatch, C::kText, "", "", G::kResults,
      "write results to FILE instead of standard output (never an input; a second run on FILE waits)"},
     {I::kResume, "--resume", "", K::kBatch, C::kNone, "", "", G::kResults,
-     "with --out and tsv or json: skip chains already in FILE, append the others (same options only)"},
+     "with --out and tsv, json or residues: skip chains already in FILE, append the others (same options "
+     "only)"},
     {I::kJobsShort, "-j", "N", K::kBatch, C::kCount, "", "", G::kResults, ""},
     {I::kJobs, "--jobs", "N", K::kBatch, C::kCount, "", "", G::kResults,
      "chains at once (default: the machine's cores)"},

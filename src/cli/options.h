@@ -41,7 +41,7 @@ struct OptionRow {
   char values[8];    // the values' names, blank-separated ("n", "r1 r2"): as many values as words
   OptionKind kind;
   OptionCheck check;
-  char choices[24];  // kChoice: the words accepted, '|' between them
+  char choices[32];  // kChoice: the words accepted, '|' between them
   char fallback[8];  // the default, as README's table of the classic options gives it
   HelpGroup group;
   char help[168];    // the --help line; empty: the same as the next row's (-j and --jobs)

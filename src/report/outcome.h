@@ -8,6 +8,7 @@
 #include "formats/atom_records.h"
 #include "run/chain.h"
 #include "run/chain_domains.h"
+#include "run/plddt_filter.h"
 
 namespace quarnel {
 
@@ -25,6 +26,7 @@ struct ChainOutcome {
   ChainResult result;    // a successful run's values
   int leftOut = 0;       // residues left out below --min-plddt
   std::vector<bool> gapBefore;  // per residue in chain order: residues left out before it
+  std::vector<PlacedMark> leftOutResidues;  // the residues left out, placed among those judged
   double seconds = 0.0;  // wall time of the run
   std::string mode;      // the partition mode the run used
   std::string features;  // --features: the candidate cuts and their features, one JSON line

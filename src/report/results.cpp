@@ -11,7 +11,21 @@ namespace quarnel {
 namespace {
 
 constexpr char kNull[] = "NULL";
+// What follows the version on the record line: which rows the file holds. Residue rows are named
+// apart, so that neither kind of file is resumed as the other.
 constexpr char kTsvRecordOptions[] = " results; options: ";
+constexpr char kResidueRecordOptions[] = " residues; options: ";
+
+std::string RecordLine(const char* rows, const std::string& recorded, const char* columns) {
+  return kTsvRecordStart + std::string(VersionNumber()) + rows + recorded + "\n" + columns;
+}
+
+bool ReadRecordLine(const char* rows, const std::string& firstLine, std::string& recorded) {
+  const size_t at = firstLine.find(rows);
+  if (firstLine.rfind(kTsvRecordStart, 0) != 0 || at == std::string::npos) return false;
+  recorded = firstLine.substr(at + std::string(rows).size());
+  return true;
+}
 
 }  // namespace
 
@@ -19,6 +33,7 @@ bool ParseResultFormat(const std::string& name, ResultFormat& format) {
   if (name == "classic") format = ResultFormat::kClassic;
   else if (name == "tsv") format = ResultFormat::kTsv;
   else if (name == "json") format = ResultFormat::kJson;
+  else if (name == "residues") format = ResultFormat::kResidues;
   else return false;
   return true;
 }
@@ -28,6 +43,7 @@ const char* ResultFormatName(ResultFormat format) {
     case ResultFormat::kClassic: return "classic";
     case ResultFormat::kTsv: return "tsv";
     case ResultFormat::kJson: return "json";
+    case ResultFormat::kResidues: return "residues";
   }
   return "";
 }
@@ -36,9 +52,9 @@ std::string ResultHeader(ResultFormat format, const std::string& options) {
   const std::string recorded = options.empty() ? kDefaultOptions : options;
   switch (format) {
     case ResultFormat::kClassic: return "";
-    case ResultFormat::kTsv:
-      return kTsvRecordStart + std::string(VersionNumber()) + kTsvRecordOptions + recorded + "\n" + kTsvColumns;
+    case ResultFormat::kTsv: return RecordLine(kTsvRecordOptions, recorded, kTsvColumns);
     case ResultFormat::kJson: return JsonRecord(options);
+    case ResultFormat::kResidues: return RecordLine(kResidueRecordOptions, recorded, kResidueColumns);
   }
   return "";
 }
@@ -46,9 +62,9 @@ std::string ResultHeader(ResultFormat format, const std::string& options) {
 bool ReadRecordedOptions(ResultFormat format, const std::string& firstLine, std::string& options) {
   std::string recorded;
   if (format == ResultFormat::kTsv) {
-    const size_t at = firstLine.find(kTsvRecordOptions);
-    if (firstLine.rfind(kTsvRecordStart, 0) != 0 || at == std::string::npos) return false;
-    recorded = firstLine.substr(at + std::string(kTsvRecordOptions).size());
+    if (!ReadRecordLine(kTsvRecordOptions, firstLine, recorded)) return false;
+  } else if (format == ResultFormat::kResidues) {
+    if (!ReadRecordLine(kResidueRecordOptions, firstLine, recorded)) return false;
   } else if (format == ResultFormat::kJson) {
     std::vector<std::string> values;
     if (!JsonLeadingStrings(firstLine, {kJsonRecordKey, "results", "options"}, values) || values[1] != "json")
@@ -67,6 +83,7 @@ std::string FormatResult(ResultFormat format, const ChainOutcome& outcome) {
     case ResultFormat::kClassic: return outcome.result.report;
     case ResultFormat::kTsv: return TsvRow(outcome);
     case ResultFormat::kJson: return JsonRow(outcome);
+    case ResultFormat::kResidues: return ResidueRows(outcome);
   }
   return "";
 }

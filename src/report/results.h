@@ -1,5 +1,5 @@
-// The results written for each chain (the classic report line, one TSV row, one JSON line) and
-// the line a results file opens with, which records the options that made it.
+// The results written for each chain (the classic report line, one TSV row, one JSON line, a
+// row per residue) and the line a results file opens with, which records the options that made it.
 #pragma once
 
 #include <string>
@@ -8,14 +8,15 @@
 
 namespace quarnel {
 
-enum class ResultFormat { kClassic, kTsv, kJson };
+enum class ResultFormat { kClassic, kTsv, kJson, kResidues };
 
-// "classic", "tsv" or "json"; false for any other name.
+// "classic", "tsv", "json" or "residues"; false for any other name.
 bool ParseResultFormat(const std::string& name, ResultFormat& format);
 const char* ResultFormatName(ResultFormat format);
 
-// What a results file opens with: for TSV a comment line recording the options and the column
-// names, for JSON Lines an object recording the options; nothing for classic report lines.
+// What a results file opens with: for TSV and residue rows a comment line recording the options
+// and the column names, for JSON Lines an object recording the options; nothing for classic
+// report lines.
 // `options` is the recorded text of the result-affecting options (RecordedOptions).
 std::string ResultHeader(ResultFormat format, const std::string& options);
 
@@ -27,7 +28,17 @@ bool ReadRecordedOptions(ResultFormat format, const std::string& firstLine, std:
 inline constexpr char kTsvColumns[] =
     "chain_id\tsequence_md5\tnres\tndom\tchopping\tconfidence\ttime_sec\t"
     "verdict\tinput\tchain\tdomain_confidences\tmode\tboundaries\n";
-// The first words of the line a TSV results file opens with, and of a JSON Lines one.
+// The residue rows' column names: the labels other choppers write per residue, by these names.
+inline constexpr char kResidueColumns[] = "chain_id\tchain\tresidue\tresname\tdomain\n";
+// Each chain's residue rows follow a comment line naming the chain as resuming knows it and the
+// number of rows, so that a resumed run tells a chain written whole from one cut short:
+// "# chain_id 1abcA<tab>input in/1abc.pdb<tab>chain A<tab>residues 214".
+inline constexpr char kResidueBlockStart[] = "# chain_id ";
+inline constexpr char kResidueBlockInput[] = "input ";
+inline constexpr char kResidueBlockChain[] = "chain ";
+inline constexpr char kResidueBlockCount[] = "residues ";
+// The first words of the line a TSV (or residue rows) results file opens with, and of a JSON
+// Lines one.
 inline constexpr char kTsvRecordStart[] = "# quarnel ";
 inline constexpr char kJsonRecordKey[] = "quarnel";
 // What the record line says when no result-affecting option differs from its default.
@@ -42,9 +53,11 @@ std::string FormatResult(ResultFormat format, const ChainOutcome& outcome);
 // blanks); "NULL" for a value that is absent.
 std::string TsvField(const std::string& text);
 
-// Each format's writer (tsv_rows.cpp, json_rows.cpp): a judged chain's line, the opening line.
+// Each format's writer (tsv_rows.cpp, json_rows.cpp, residue_rows.cpp): a judged chain's lines,
+// the opening line.
 std::string TsvRow(const ChainOutcome& outcome);
 std::string JsonRow(const ChainOutcome& outcome);
 std::string JsonRecord(const std::string& options);
+std::string ResidueRows(const ChainOutcome& outcome);
 
 }  // namespace quarnel

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include <cstdio>
 #include <cstring>
 
 #include "output/domains.h"
@@ -16,6 +17,7 @@ struct OpenResidue {
   bool open = false;
   int32_t resnum = 0;
   char icode = ' ';
+  const char* resname = "";
   bool hasCa = false;
   double confidence = 0.0;
   std::vector<AtomRecord> records;
@@ -49,6 +51,7 @@ class Filter {
       residue_.open = true;
       residue_.resnum = record.resnum;
       residue_.icode = record.icode;
+      residue_.resname = record.resname;
       residue_.confidence = record.bfactor;
     }
     if (!residue_.hasCa && std::strcmp(record.name, " CA ") == 0) {
@@ -64,7 +67,9 @@ class Filter {
     std::vector<AtomRecord>& kept = kept_.records.records;
     if (keep) kept.insert(kept.end(), residue_.records.begin(), residue_.records.end());
     else ++kept_.leftOut;
-    kept_.marks.push_back(ResidueMark{residue_.resnum, residue_.icode, keep});
+    ResidueMark mark{residue_.resnum, residue_.icode, keep, {}};
+    std::snprintf(mark.resname, sizeof mark.resname, "%s", residue_.resname);
+    kept_.marks.push_back(mark);
     residue_ = OpenResidue();
   }
 
@@ -139,19 +144,27 @@ ConfidentRecords LeaveOutLowConfidence(const AtomRecords& records, double thresh
   return filter.Finish();
 }
 
-std::vector<bool> GapsBefore(const std::vector<Residue>& residues, const std::vector<ResidueMark>& marks) {
-  std::vector<bool> gaps(residues.size(), false);
+std::vector<PlacedMark> PlaceLeftOut(const std::vector<Residue>& residues, const std::vector<ResidueMark>& marks) {
+  std::vector<PlacedMark> placed;
   size_t m = 0;
   for (size_t i = 0; i < residues.size(); ++i) {
-    bool passedOver = false;
-    while (m < marks.size() && !(marks[m].kept && SameLabel(residues[i], marks[m].resnum, marks[m].icode))) {
-      passedOver = passedOver || !marks[m].kept;
-      ++m;
-    }
-    if (m == marks.size()) break;  // the reader grouped otherwise: no more is known
-    gaps[i] = i > 0 && passedOver;
-    ++m;
+    size_t own = m;
+    while (own < marks.size() && !(marks[own].kept && SameLabel(residues[i], marks[own].resnum, marks[own].icode)))
+      ++own;
+    if (own == marks.size()) return placed;  // the reader grouped otherwise: no more is known
+    for (; m < own; ++m)
+      if (!marks[m].kept) placed.push_back(PlacedMark{i, marks[m]});
+    m = own + 1;
   }
+  for (; m < marks.size(); ++m)
+    if (!marks[m].kept) placed.push_back(PlacedMark{residues.size(), marks[m]});
+  return placed;
+}
+
+std::vector<bool> GapsBefore(const std::vector<Residue>& residues, const std::vector<ResidueMark>& marks) {
+  std::vector<bool> gaps(residues.size(), false);
+  for (const PlacedMark& placed : PlaceLeftOut(residues, marks))
+    if (placed.before > 0 && placed.before < residues.size()) gaps[placed.before] = true;
   return gaps;
 }
 

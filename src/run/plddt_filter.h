@@ -17,6 +17,7 @@ struct ResidueMark {
   int32_t resnum;
   char icode;
   bool kept;
+  char resname[4];  // as its first record writes it: "ALA", " DA"
 };
 
 struct ConfidentRecords {
@@ -29,6 +30,18 @@ struct ConfidentRecords {
 // of its first ATOM record when it has no CA. A residue is a run of ATOM records with one
 // number and insertion code, as the reader groups them. Other records stay as they are.
 ConfidentRecords LeaveOutLowConfidence(const AtomRecords& records, double threshold);
+
+// A residue left out, placed among the residues a run read: it comes before residues[before],
+// or after the last one when `before` is their count.
+struct PlacedMark {
+  size_t before;
+  ResidueMark mark;
+};
+
+// The residues of `marks` left out, in file order, placed among `residues` (chain order, as a run
+// leaves them). Where the reader grouped residues otherwise than the marks, nothing further is
+// known: the residues left out from there on are not placed.
+std::vector<PlacedMark> PlaceLeftOut(const std::vector<Residue>& residues, const std::vector<ResidueMark>& marks);
 
 // Per residue of `residues` (chain order, as a run leaves them): whether a residue left out
 // lies between it and the one before.

@@ -70,6 +70,16 @@ const FailureRow kRows[] = {
      "$Q -noss -md 2 --format tsv --out r.tsv --resume 1crn.pdb", 2, "",
      "quarnel: r.tsv holds results made with options -noss; this run's are -md 2 -noss\n"
      "quarnel: resume with the options the file was made with, or write to another file\n", "1crn.pdb r.tsv"},
+    {"--resume with TSV onto residue rows", "cp $DATA/1crn.pdb . && $Q -noss --format residues --out r.tsv 1crn.pdb",
+     "$Q -noss --format tsv --out r.tsv --resume 1crn.pdb", 2, "",
+     "quarnel: r.tsv holds residue rows; --resume appends only to tsv results made with the same options\n"
+     "quarnel: write to another file, or leave out --resume to start this one afresh\n", "1crn.pdb r.tsv"},
+    {"residue rows killed within a chain: the chain before is kept, the one cut short written again whole",
+     "mkdir in && cp $DATA/1crn.pdb $DATA/1rmd.pdb in/ && $Q -noss --format residues in > whole.tsv && "
+     "head -n 60 whole.tsv | sed '4s/1$/kept/' > r.tsv && printf '1rmdA\\tA\\t11' >> r.tsv",
+     "$Q -noss --format residues --out r.tsv --resume in; sed -n 4p r.tsv | cut -f5; "
+     "sed 4s/kept$/1/ r.tsv | cmp - whole.tsv && echo same",
+     0, "kept\nsame\n", "", "in/ in/1crn.pdb in/1rmd.pdb r.tsv whole.tsv"},
     {"a second run on the same file waits for the first", "cp $DATA/1crn.pdb . && printf '" TSV_OPENING "' > r.tsv",
      "flock r.tsv sleep 1 & sleep 0.3; $Q -noss --format tsv --out r.tsv --resume 1crn.pdb; cut -f1,4,5,9,10 r.tsv | tail -1",
      0, "1crnA\t1\t1-46\t1crn.pdb\tA\n",
@@ -92,6 +102,13 @@ const FailureRow kRows[] = {
      "awk '{ print } /^ATOM/ { print \"ANISOU\" substr($0, 7, 22) \"    1000    2000    3000      0      0      0\" }' "
      "$DATA/1crn.pdb > an.pdb", "$Q -noss --min-plddt 5 an.pdb", 0, "anA\t28\t1\n",
      "quarnel: anA: left out 18 of 46 residues below pLDDT 5\n", "an.pdb"},
+    {"--min-plddt in residue rows: the residues left out in their place, in no domain",
+     "awk '/^ATOM/ { r = substr($0, 23, 4) + 0; printf \"%s%6.2f%s\\n\", substr($0, 1, 60), "
+     "((r >= 20 && r <= 25) || r > 44 ? 30 : 90), substr($0, 67) } !/^ATOM/' $DATA/1crn.pdb > model.pdb",
+     "$Q -noss --min-plddt 70 --format residues model.pdb > r.tsv; sed -n 3p r.tsv; awk -F'\\t' 'NR > 3 { "
+     "if ($5 != l) { if (NR > 4) print f \"-\" p \":\" l; f = $3; l = $5 } p = $3 } END { print f \"-\" p \":\" l }' r.tsv",
+     0, "# chain_id modelA\tinput model.pdb\tchain A\tresidues 46\n1-19:1\n20-25:0\n26-44:1\n45-46:0\n",
+     "quarnel: modelA: left out 8 of 46 residues below pLDDT 70\n", "model.pdb r.tsv"},
     {"superposed copies are refused before the engine starts",
      "(grep ^ATOM $DATA/1crn.pdb; grep ^ATOM $DATA/1crn.pdb; grep ^ATOM $DATA/1crn.pdb) > three.pdb",
      "$Q -noss three.pdb three.pdb", 3, "",

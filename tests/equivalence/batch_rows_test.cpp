@@ -1,6 +1,6 @@
 // Batch runs against classic runs over the test data: a batch of codes prints, line for line,
 // what the classic run of each code prints; every TSV and JSON row of a folder holds the classic
-// report's residues and domains. Without secondary structure, and with it: DSSP through the
+// report's residues and domains, and its residue rows, grouped by label, the TSV's. Without secondary structure, and with it: DSSP through the
 // shell (mkdssp, as the reference was made) for the classic run, DSSP's library for the batch.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -170,6 +170,69 @@ TEST_P(BatchRows, TsvAndJsonRowsHoldTheClassicDomains) {
               expected);
     EXPECT_EQ(JsonField(object, "confidence"), row.at(5) == "NULL" ? "null" : row.at(5));
     EXPECT_EQ(JsonField(object, "verdict"), row.at(7));
+  }
+}
+
+// One chain's residue rows: the count its block line gives, and each row's residue and label.
+struct ResidueBlock {
+  std::string entry, count;
+  std::vector<std::pair<std::string, std::string>> rows;
+};
+
+std::vector<ResidueBlock> ResidueBlocks(const std::string& text) {
+  std::vector<ResidueBlock> blocks;
+  const std::vector<std::string> lines = Lines(text);
+  for (size_t i = 2; i < lines.size(); ++i) {
+    const std::vector<std::string> fields = Split(lines[i], '\t');
+    if (lines[i].rfind("# chain_id ", 0) == 0) {
+      blocks.push_back({fields.at(0).substr(11), fields.at(3).substr(9), {}});
+    } else if (!blocks.empty() && fields.size() == 5 && fields[0] == blocks.back().entry) {
+      blocks.back().rows.emplace_back(fields[2], fields[4]);
+    } else {
+      ADD_FAILURE() << "not a residue row of the chain above: " << lines[i];
+    }
+  }
+  return blocks;
+}
+
+// The domains the labels make: each run of residues with one label a segment; the labels 1, 2,
+// ... in the order of the domains' first residues, as the chopping lists them.
+Domains OfLabels(const ResidueBlock& block) {
+  std::vector<std::vector<std::string>> sets;
+  const auto& rows = block.rows;
+  for (size_t i = 0; i < rows.size(); ++i) {
+    const int label = std::stoi(rows[i].second);
+    if (label == 0) continue;
+    if (label == static_cast<int>(sets.size()) + 1) sets.emplace_back();
+    EXPECT_LE(label, static_cast<int>(sets.size())) << "label " << label << " before its turn at " << rows[i].first;
+    if (label > static_cast<int>(sets.size())) break;
+    if (i > 0 && rows[i - 1].second == rows[i].second) {
+      std::string& segment = sets[label - 1].back();
+      segment = segment.substr(0, segment.rfind('-', segment.size() - 1)) + "-" + rows[i].first;
+    } else {
+      sets[label - 1].push_back(rows[i].first + "-" + rows[i].first);
+    }
+  }
+  const std::string count = std::to_string(std::max<size_t>(sets.size(), 1));
+  return Sorted(Domains{std::to_string(rows.size()), count, count == "1" ? decltype(sets)() : sets});
+}
+
+// Up to four domains, most chains cut in a relaxed run: domains of several segments, listed in
+// another order than the partition numbered them.
+TEST_P(BatchRows, ResidueRowsGroupedByLabelAreTheTsvDomains) {
+  const ToolRun tsv = Batch({"-md", "4", "--format", "tsv", "pdb"});
+  const ToolRun residues = Batch({"-md", "4", "--format", "residues", "pdb"});
+  ASSERT_EQ(tsv.status, 0) << tsv.err;
+  ASSERT_EQ(residues.status, 0) << residues.err;
+  const std::vector<std::string> rows = Lines(tsv.out);
+  const std::vector<ResidueBlock> blocks = ResidueBlocks(residues.out);
+  ASSERT_EQ(blocks.size() + 2, rows.size());
+  for (size_t i = 0; i < blocks.size(); ++i) {
+    const std::vector<std::string> row = Split(rows[i + 2], '\t');
+    SCOPED_TRACE(row.at(0));
+    EXPECT_EQ(blocks[i].entry, row.at(0));
+    EXPECT_EQ(blocks[i].count, row.at(2));
+    EXPECT_EQ(OfLabels(blocks[i]), OfChopping(row.at(2), row.at(3), row.at(4)));
   }
 }
 

@@ -2,8 +2,9 @@
 // data/expected/ (time_sec masked): DOS line ends and a partition accepted after merging (2yex),
 // a discontinuous domain judged by the network (1dk8 with smaller domains allowed), both with
 // secondary structure from DSSP's library; insertion codes at domain ends in a relaxed run
-// (1rmd_icode -noss -md 2). QUARNEL_REGENERATE_ROWS=1 writes the tool's rows into the files instead; a person
-// then checks the diff against the classic reports before it is committed.
+// (1rmd_icode -noss -md 2), whose residue rows are checked too. QUARNEL_REGENERATE_ROWS=1 writes
+// the tool's rows into the files instead; a person then checks the diff against the classic
+// reports (the residue rows against the file's residues and the chopping) before it is committed.
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -13,9 +14,10 @@
 namespace quarnel::test {
 namespace {
 
+using Runs = std::vector<std::vector<std::string>>;
+
 // Each run's options, its file last.
-const std::vector<std::string> kRuns[] = {
-    {"2yex.pdb"}, {"-ml", "20", "-ms", "20", "1dk8.pdb"}, {"-noss", "-md", "2", "1rmd_icode.pdb"}};
+const Runs kRuns = {{"2yex.pdb"}, {"-ml", "20", "-ms", "20", "1dk8.pdb"}, {"-noss", "-md", "2", "1rmd_icode.pdb"}};
 
 // time_sec differs from run to run: the seventh TSV column, the JSON member.
 std::string Masked(const std::string& text, bool json) {
@@ -40,10 +42,10 @@ std::string Masked(const std::string& text, bool json) {
   return masked;
 }
 
-void CheckRows(const char* format, const char* expectedFile) {
+void CheckRows(const char* format, const char* expectedFile, const Runs& runs = kRuns) {
   Scratch work;
   std::string rows;
-  for (const std::vector<std::string>& options : kRuns) {
+  for (const std::vector<std::string>& options : runs) {
     WriteFile(work / options.back(), ReadFile(DataFile(options.back())));
     std::vector<std::string> args = {"--format", format};
     args.insert(args.end(), options.begin(), options.end());
@@ -63,6 +65,7 @@ void CheckRows(const char* format, const char* expectedFile) {
 
 TEST(ExpectedRows, Tsv) { CheckRows("tsv", "rows.tsv"); }
 TEST(ExpectedRows, Json) { CheckRows("json", "rows.jsonl"); }
+TEST(ExpectedRows, Residues) { CheckRows("residues", "residues.tsv", {kRuns[2]}); }
 
 }  // namespace
 }  // namespace quarnel::test

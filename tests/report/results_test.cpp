@@ -2,8 +2,10 @@
 // resuming after a killed run, and pictures the real viewers accept.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -151,8 +153,51 @@ TEST(ResultRows, ChoppingConfidenceAndOrder) {
 TEST(ResultRows, FailedChainsWriteNothing) {
   ChainOutcome failed;
   failed.entry = "bad";
-  for (ResultFormat format : {ResultFormat::kClassic, ResultFormat::kTsv, ResultFormat::kJson})
+  for (ResultFormat format : {ResultFormat::kClassic, ResultFormat::kTsv, ResultFormat::kJson, ResultFormat::kResidues})
     EXPECT_EQ(FormatResult(format, failed), "");
+}
+
+// ---- residue rows ----
+
+ResidueMark Mark(int32_t resnum, const char* resname) {
+  ResidueMark mark{resnum, ' ', false, {}};
+  std::snprintf(mark.resname, sizeof mark.resname, "%s", resname);
+  return mark;
+}
+
+// Labels count domains in chain order, not by the partition's numbers: kSplitChain's domain 1
+// comes first and is labelled 1.
+TEST(ResidueRows, LabelsInChainOrder) {
+  ChainOutcome leftOut = HandMade(kSplitChain, 2, Verdict::kAcceptedFirst, {40.f, 94.1f});
+  leftOut.leftOutResidues = {{0, Mark(-5, "GLY")}, {3, Mark(10, " DA")}, {7, Mark(61, "LYS")}};
+  struct Case {
+    const char* name;
+    ChainOutcome outcome;
+    const char* labels;  // residue:resname:domain, row after row
+  };
+  const Case cases[] = {
+      {"two domains, one discontinuous", HandMade(kSplitChain, 2, Verdict::kAcceptedFirst, {40.f, 94.1f}),
+       "-3:ALA:1 -2:GLY:1 10:MSE:1 11:TRP:2 52:ALA:2 52A:ALA:1 60:ALA:1"},
+      {"one domain: every residue in it", HandMade(kSplitChain, 1, Verdict::kRejected, {}),
+       "-3:ALA:1 -2:GLY:1 10:MSE:1 11:TRP:1 52:ALA:1 52A:ALA:1 60:ALA:1"},
+      {"residues left out, at both ends and within: in file order, in no domain", leftOut,
+       "-5:GLY:0 -3:ALA:1 -2:GLY:1 10:MSE:1 10:DA:0 11:TRP:2 52:ALA:2 52A:ALA:1 60:ALA:1 61:LYS:0"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    std::istringstream rows(FormatResult(ResultFormat::kResidues, c.outcome));
+    std::string line, labels;
+    std::getline(rows, line);
+    const size_t count = std::count(c.labels, c.labels + std::strlen(c.labels), ' ') + 1;
+    EXPECT_EQ(line, "# chain_id 1abcA\tinput in/1abc.pdb\tchain A\tresidues " + std::to_string(count));
+    while (std::getline(rows, line)) {
+      std::regex row("1abcA\tA\t([^\t]+)\t([^\t]+)\t([0-9]+)");
+      std::smatch match;
+      ASSERT_TRUE(std::regex_match(line, match, row)) << line;
+      labels += (labels.empty() ? "" : " ") + match.str(1) + ":" + match.str(2) + ":" + match.str(3);
+    }
+    EXPECT_EQ(labels, c.labels);
+  }
 }
 
 // ---- JSON ----
@@ -181,8 +226,12 @@ TEST(JsonRows, ParseBackWithPython) {
 TEST(Resume, CompleteLinesOnly) {
   const std::string tsv = ResultHeader(ResultFormat::kTsv, "-noss");
   const std::string json = ResultHeader(ResultFormat::kJson, "");
+  const std::string residues = ResultHeader(ResultFormat::kResidues, "-noss");
   const std::string tsvRow = "1abcA\tmd5\t7\t1\t1-7\tNULL\t0.1\tno cut\ta/1abc.pdb\tA\tNULL\tclassic\n";
   const std::string jsonRow = "{\"input\":\"x\\\"y\\u00e9\",\"chain\":null,\"chain_id\":\"x\"}\n";
+  const std::string block = "# chain_id 1abcA\tinput a/1abc.pdb\tchain A\tresidues 2\n1abcA\tA\t1\tALA\t1\n"
+                            "1abcA\tA\t2\tGLY\t0\n";
+  const std::string blockB = "# chain_id 1abcB\tinput a/1abc.pdb\tchain B\tresidues 2\n1abcB\tA\t1\tALA\t1\n";
   using Keys = std::set<ResumeKey>;
   struct Case {
     const char* name;
@@ -190,16 +239,27 @@ TEST(Resume, CompleteLinesOnly) {
     std::string text;
     Keys done;
     bool recorded, partial;
+    std::string dropped;  // what the resumed run cuts off the end of the file
   };
   const Case cases[] = {
-      {"tsv killed mid-row", ResultFormat::kTsv, tsv + tsvRow + "2xyzB\tmd5\t9", {{"a/1abc.pdb", "A"}}, true, true},
-      {"tsv complete", ResultFormat::kTsv, tsv + tsvRow, {{"a/1abc.pdb", "A"}}, true, false},
+      {"tsv killed mid-row", ResultFormat::kTsv, tsv + tsvRow + "2xyzB\tmd5\t9", {{"a/1abc.pdb", "A"}}, true, true,
+       "2xyzB\tmd5\t9"},
+      {"tsv complete", ResultFormat::kTsv, tsv + tsvRow, {{"a/1abc.pdb", "A"}}, true, false, ""},
       {"json lines, escapes, no chain", ResultFormat::kJson, json + jsonRow + "{\"input\":\"cut",
-       {{"x\"y\xC3\xA9", ""}}, true, true},
-      {"tsv of an earlier quarnel: not resumed", ResultFormat::kTsv, std::string(kTsvColumns) + tsvRow, {}, false, false},
-      {"json read as tsv", ResultFormat::kTsv, json + jsonRow, {}, false, false},
-      {"opening lines cut short: started afresh", ResultFormat::kTsv, tsv.substr(0, tsv.size() - 3), {}, false, false},
-      {"empty", ResultFormat::kJson, "", {}, false, false},
+       {{"x\"y\xC3\xA9", ""}}, true, true, "{\"input\":\"cut"},
+      {"tsv of an earlier quarnel: not resumed", ResultFormat::kTsv, std::string(kTsvColumns) + tsvRow, {}, false,
+       false, ""},
+      {"json read as tsv", ResultFormat::kTsv, json + jsonRow, {}, false, false, ""},
+      {"opening lines cut short: started afresh", ResultFormat::kTsv, tsv.substr(0, tsv.size() - 3), {}, false, false,
+       tsv.substr(0, tsv.size() - 3)},
+      {"empty", ResultFormat::kJson, "", {}, false, false, ""},
+      {"residue rows complete", ResultFormat::kResidues, residues + block, {{"a/1abc.pdb", "A"}}, true, false, ""},
+      {"residue rows killed after a complete row: the chain's rows all go", ResultFormat::kResidues,
+       residues + block + blockB, {{"a/1abc.pdb", "A"}}, true, true, blockB},
+      {"residue rows killed mid-row", ResultFormat::kResidues, residues + block + blockB + "1abcB\tA\t2\tG",
+       {{"a/1abc.pdb", "A"}}, true, true, blockB + "1abcB\tA\t2\tG"},
+      {"tsv read as residue rows", ResultFormat::kResidues, tsv + tsvRow, {}, false, false, ""},
+      {"residue rows read as tsv", ResultFormat::kTsv, residues + block, {}, false, false, ""},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
@@ -207,14 +267,14 @@ TEST(Resume, CompleteLinesOnly) {
     EXPECT_EQ(state.done, c.done);
     EXPECT_EQ(state.recorded, c.recorded);
     EXPECT_EQ(state.partialTail, c.partial);
-    EXPECT_EQ(c.text.substr(0, state.completeBytes).find_last_of('\n') + 1, state.completeBytes);
+    EXPECT_EQ(c.text.substr(state.completeBytes), c.dropped);
   }
 }
 
 TEST(Resume, ReadsBackWhatWasWritten) {
   ChainOutcome outcome = HandMade(kSplitChain, 2, Verdict::kAcceptedFirst, {40.f, 94.1f});
   outcome.input = "odd\tname \xFF.pdb";  // a tab and a byte that is not UTF-8: kept as each format keeps them
-  for (ResultFormat format : {ResultFormat::kTsv, ResultFormat::kJson}) {
+  for (ResultFormat format : {ResultFormat::kTsv, ResultFormat::kJson, ResultFormat::kResidues}) {
     const ResumeState state = ReadResume(ResultHeader(format, "-md 2") + FormatResult(format, outcome), format);
     EXPECT_EQ(state.options, "-md 2");
     EXPECT_EQ(state.done, std::set<ResumeKey>{KeyOf(format, outcome.input, "A")});

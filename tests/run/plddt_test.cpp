@@ -2,6 +2,7 @@
 // the plausibility of a chain.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstdio>
 #include <limits>
 
@@ -43,6 +44,41 @@ TEST(LowConfidence, ResiduesAsTheReaderGroupsThem) {
   residues[0].resnum = 1, residues[0].icode = ' ';
   residues[1].resnum = 3, residues[1].icode = ' ';
   EXPECT_EQ(GapsBefore(residues, kept.marks), (std::vector<bool>{false, true}));
+  const std::vector<PlacedMark> placed = PlaceLeftOut(residues, kept.marks);
+  ASSERT_EQ(placed.size(), 2u);
+  EXPECT_EQ(Format("%zu %d%c %s, %zu %d%c %s", placed[0].before, placed[0].mark.resnum, placed[0].mark.icode,
+                   placed[0].mark.resname, placed[1].before, placed[1].mark.resnum, placed[1].mark.icode,
+                   placed[1].mark.resname),
+            "1 2  ALA, 1 2A ALA");
+}
+
+// Where residues are left out decides where their rows go: before the first residue kept, between
+// two, after the last; and nothing is placed past a residue the marks do not know.
+TEST(LowConfidence, LeftOutResiduesPlacedAmongThoseKept) {
+  struct Case {
+    const char* name;
+    const char* marks;     // the file's residues by number, lower case when left out
+    std::vector<int> kept;  // the residues the run read
+    const char* placed;    // each residue left out: its number, then the place it comes before
+  };
+  const Case cases[] = {
+      {"at both ends and within", "a B c d E f", {2, 5}, "1>0 3>1 4>1 6>2"},
+      {"none left out", "A B", {1, 2}, ""},
+      {"every one left out", "a b", {}, "1>0 2>0"},
+      {"a residue the reader grouped otherwise: no more placed", "a B c D e", {2, 9, 4}, "1>0"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    std::vector<ResidueMark> marks;
+    for (const char* m = c.marks; *m != '\0'; m += m[1] == ' ' ? 2 : 1)
+      marks.push_back(ResidueMark{std::tolower(*m) - 'a' + 1, ' ', std::isupper(*m) != 0, "GLY"});
+    std::vector<Residue> residues(c.kept.size());
+    for (size_t i = 0; i < residues.size(); ++i) residues[i].resnum = c.kept[i], residues[i].icode = ' ';
+    std::string placed;
+    for (const PlacedMark& p : PlaceLeftOut(residues, marks))
+      placed += (placed.empty() ? "" : " ") + Format("%d>%zu", p.mark.resnum, p.before);
+    EXPECT_EQ(placed, c.placed);
+  }
 }
 
 TEST(LowConfidence, PlddtLooksLikeOneValuePerResidue) {
