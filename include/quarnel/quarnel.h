@@ -134,7 +134,9 @@ struct Result {
   std::optional<double> confidence;        // the least confident domain's
   std::vector<Cut> cuts;                   // classic mode
   std::vector<DomainBoundary> boundaries;  // accuracy mode
-  std::vector<ResidueDomain> labels;       // every residue read, in chain order
+  // Every residue read, in chain order, with its domain; residues left out below min_plddt in
+  // their place, in none: the rows of --format residues.
+  std::vector<ResidueDomain> labels;
   std::vector<Note> notes;                 // of the input this chain came from
   int left_out = 0;                        // residues below min_plddt
   double seconds = 0.0;                    // wall time of the chain's run

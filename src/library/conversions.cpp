@@ -113,12 +113,29 @@ std::vector<DomainBoundary> BoundariesOf(const ChainResult& result) {
   return boundaries;
 }
 
-std::vector<ResidueDomain> LabelsOf(const ChainResult& result) {
+std::string Trimmed(const char* name) {
+  std::string text = name;
+  text.erase(0, std::min(text.find_first_not_of(' '), text.size()));
+  while (!text.empty() && text.back() == ' ') text.pop_back();
+  return text;
+}
+
+// Every residue read in chain order with its domain's place (from 1); those left out below
+// --min-plddt in their place, in none: the rows --format residues writes.
+std::vector<ResidueDomain> LabelsOf(const ChainOutcome& outcome) {
   std::vector<ResidueDomain> labels;
-  const std::vector<int> places = DomainPlaces(result);
-  const std::vector<Residue>& residues = result.structure.residues;
-  for (size_t i = 0; i < residues.size(); ++i)
-    labels.push_back(ResidueDomain{IdOf(residues[i]), std::string(residues[i].resname), places[i] + 1});
+  const std::vector<int> places = DomainPlaces(outcome.result);
+  const std::vector<Residue>& residues = outcome.result.structure.residues;
+  const std::vector<PlacedMark>& leftOut = outcome.leftOutResidues;
+  auto addLeftOut = [&](const ResidueMark& mark) {
+    labels.push_back(ResidueDomain{ResidueId{mark.resnum, mark.icode}, Trimmed(mark.resname), 0});
+  };
+  size_t next = 0;
+  for (size_t i = 0; i < residues.size(); ++i) {
+    for (; next < leftOut.size() && leftOut[next].before <= i; ++next) addLeftOut(leftOut[next].mark);
+    labels.push_back(ResidueDomain{IdOf(residues[i]), Trimmed(residues[i].resname), places[i] + 1});
+  }
+  for (; next < leftOut.size(); ++next) addLeftOut(leftOut[next].mark);
   return labels;
 }
 
@@ -146,7 +163,7 @@ Result ResultOf(const ChainOutcome& outcome) {
   if (ChainConfidence(domains, confidence)) result.confidence = confidence;
   result.cuts = CutsOf(chain);
   result.boundaries = BoundariesOf(chain);
-  result.labels = LabelsOf(chain);
+  result.labels = LabelsOf(outcome);
   result.tsv_row = TsvRow(outcome);
   result.json_line = JsonRow(outcome);
   return result;

@@ -35,6 +35,25 @@ std::vector<std::string> Rows(const std::vector<Result>& results) {
   return Rows(text);
 }
 
+// The residue rows of --format residues, without comment lines and header; and the same made of
+// results' labels.
+std::vector<std::string> ResidueRows(const std::string& text) {
+  std::vector<std::string> rows;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);)
+    if (!line.empty() && line[0] != '#' && line.compare(0, 9, "chain_id\t") != 0) rows.push_back(line);
+  return rows;
+}
+
+std::vector<std::string> ResidueRows(const std::vector<Result>& results) {
+  std::vector<std::string> rows;
+  for (const Result& result : results)
+    for (const ResidueDomain& label : result.labels)
+      rows.push_back(result.entry + "\t" + result.chain + "\t" + label.residue.Label() + "\t" + label.name + "\t" +
+                     std::to_string(label.domain));
+  return rows;
+}
+
 struct OptionCase {
   const char* name;
   std::vector<std::string> args;  // the command line's
@@ -79,11 +98,14 @@ TEST(Chopper, EveryResultIsTheCommandLinesRow) {
     const ToolRun run = RunTool(scratch.path(), args);
     const std::vector<Result> results = Chopper(c.options).ChopAll(paths, 2);
     EXPECT_EQ(Rows(results), Rows(run.out)) << c.name << "\n" << run.err;
+    std::vector<std::string> residueArgs = args;
+    residueArgs[std::find(args.begin(), args.end(), "tsv") - args.begin()] = "residues";
+    EXPECT_EQ(ResidueRows(results), ResidueRows(RunTool(scratch.path(), residueArgs).out)) << c.name;
     for (const Result& result : results) {
       SCOPED_TRACE(std::string(c.name) + " " + result.entry);
       ASSERT_TRUE(result.ok()) << result.error;
       // Labels: one per residue, and the residues of each domain are its segments'.
-      EXPECT_EQ(static_cast<int>(result.labels.size()), result.residues);
+      EXPECT_EQ(static_cast<int>(result.labels.size()), result.residues + result.left_out);
       std::vector<int> counted(result.domains.size() + 1, 0);
       for (const ResidueDomain& label : result.labels) ++counted.at(static_cast<size_t>(label.domain));
       for (size_t k = 0; k < result.domains.size(); ++k) EXPECT_EQ(counted[k + 1], result.domains[k].residues);
