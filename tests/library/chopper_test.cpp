@@ -180,6 +180,50 @@ TEST(Chopper, OneChainByPathBytesOrAtoms) {
   EXPECT_EQ(byAtoms.confidence, byPath[0].confidence);
 }
 
+// 2yex with its B-factors made one value per residue, as a predicted model's pLDDT, and a DNA
+// chain after it.
+std::string ModelWithWater() {
+  std::string text;
+  std::istringstream in(ReadFile(DataFile("2yex.pdb")));
+  for (std::string line; std::getline(in, line);) {
+    if (line.compare(0, 4, "ATOM") != 0 || line.size() < 66) continue;
+    const int residue = std::stoi(line.substr(22, 4));
+    char bfactor[8];
+    std::snprintf(bfactor, sizeof bfactor, "%6.2f", 30.0 + (residue * 37) % 70);
+    text += line.substr(0, 60) + bfactor + (line.size() > 66 ? line.substr(66) : "") + "\n";
+  }
+  text += "TER\n"
+          "ATOM   9000  P    DA W   1      11.104   6.134  -6.504  1.00 50.00           P\n"
+          "ATOM   9001  C1'  DA W   1      12.104   6.134  -6.504  1.00 50.00           C\n"
+          "ATOM   9002  P    DT W   2      15.104   6.134  -6.504  1.00 50.00           P\n"
+          "TER\nEND\n";
+  return text;
+}
+
+TEST(Chopper, NotesHaveTheirKinds) {
+  const std::string model = ModelWithWater();
+  Options filtered;
+  filtered.min_plddt = 50.0;
+  const struct {
+    Options options;
+    std::vector<Note::Kind> kinds;
+  } kCases[] = {
+      {Options{}, {Note::Kind::kSkipped, Note::Kind::kPredictedModel}},
+      {filtered, {Note::Kind::kLeftOut, Note::Kind::kSkipped}},
+  };
+  for (const auto& c : kCases) {
+    const std::vector<Result> results = Chopper(c.options).ChopBytes(model, "model.pdb");
+    ASSERT_EQ(results.size(), 1u);
+    std::vector<Note::Kind> kinds;
+    for (const Note& note : results[0].notes) kinds.push_back(note.kind);
+    std::sort(kinds.begin(), kinds.end());
+    std::vector<Note::Kind> expected = c.kinds;
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(kinds, expected) << results[0].notes.size() << " notes, first: "
+                               << (results[0].notes.empty() ? "" : results[0].notes[0].text);
+  }
+}
+
 TEST(Chopper, SecondaryStructureOfTheCallersDssp) {
   const SecondaryTable table = ReadDsspOutput(ReadFile(DataFile("1crn.dssp")));
   ASSERT_EQ(table.size(), 46u);
