@@ -34,6 +34,10 @@ struct Params {
   bool Relaxed() const { return MaxNumDom != kDefaultMaxNumDom; }
 };
 
+// -mbpass n and -mbpair n allow n and store the bound n + 1, wrapping as 32-bit arithmetic does
+// (through unsigned, to keep the wrap defined).
+inline int32_t PlusOne(int value) { return static_cast<int32_t>(static_cast<uint32_t>(value) + 1u); }
+
 // When MaxNumDom is not 100, the cut criteria are loosened whatever the command line said.
 inline void ApplyRelaxedMode(Params& params) {
   if (!params.Relaxed()) return;

@@ -112,10 +112,6 @@ int ClassicValues(const char* name) {
   return row != nullptr ? ValueCount(*row) : -1;
 }
 
-// n allowed means a bound of n + 1; the wrap-around of 32-bit arithmetic is kept out of
-// undefined behaviour by going through unsigned.
-int32_t PlusOne(int value) { return static_cast<int32_t>(static_cast<uint32_t>(value) + 1u); }
-
 // A classic option's values (as many as it takes), read with atoi and atof.
 void ApplyClassic(OptionId id, const char* const* values, Params& p, std::string& pdbPath) {
   auto integer = [&](int k) { return std::atoi(values[k]); };

@@ -14,9 +14,6 @@ namespace {
 
 constexpr double kPercent = 100.0;
 
-// n allowed is stored as a bound of n + 1, wrapping as 32-bit arithmetic does.
-int32_t PlusOne(int value) { return static_cast<int32_t>(static_cast<uint32_t>(value) + 1u); }
-
 Params ParamsOf(const Options& o) {
   Params p;
   p.MaxNumDom = o.max_domains;
@@ -113,29 +110,10 @@ std::vector<DomainBoundary> BoundariesOf(const ChainResult& result) {
   return boundaries;
 }
 
-std::string Trimmed(const char* name) {
-  std::string text = name;
-  text.erase(0, std::min(text.find_first_not_of(' '), text.size()));
-  while (!text.empty() && text.back() == ' ') text.pop_back();
-  return text;
-}
-
-// Every residue read in chain order with its domain's place (from 1); those left out below
-// --min-plddt in their place, in none: the rows --format residues writes.
 std::vector<ResidueDomain> LabelsOf(const ChainOutcome& outcome) {
   std::vector<ResidueDomain> labels;
-  const std::vector<int> places = DomainPlaces(outcome.result);
-  const std::vector<Residue>& residues = outcome.result.structure.residues;
-  const std::vector<PlacedMark>& leftOut = outcome.leftOutResidues;
-  auto addLeftOut = [&](const ResidueMark& mark) {
-    labels.push_back(ResidueDomain{ResidueId{mark.resnum, mark.icode}, Trimmed(mark.resname), 0});
-  };
-  size_t next = 0;
-  for (size_t i = 0; i < residues.size(); ++i) {
-    for (; next < leftOut.size() && leftOut[next].before <= i; ++next) addLeftOut(leftOut[next].mark);
-    labels.push_back(ResidueDomain{IdOf(residues[i]), Trimmed(residues[i].resname), places[i] + 1});
-  }
-  for (; next < leftOut.size(); ++next) addLeftOut(leftOut[next].mark);
+  for (const LabelledResidue& label : LabelledResidues(outcome))
+    labels.push_back(ResidueDomain{ResidueId{label.resnum, label.icode}, label.resname, label.domain});
   return labels;
 }
 

@@ -9,35 +9,14 @@ namespace {
 
 constexpr int kNoDomain = 0;
 
-// Residue names are right-justified in their columns (" DA"): the field holds the name alone.
+// Residue names are right-justified in their columns (" DA"): the label holds the name alone.
 std::string ResidueName(const char* resname) {
   std::string name = resname;
   const size_t first = name.find_first_not_of(' ');
   name = first == std::string::npos ? std::string() : name.substr(first);
   while (!name.empty() && name.back() == ' ') name.pop_back();
-  return TsvField(name);
+  return name;
 }
-
-class Rows {
- public:
-  explicit Rows(const ChainOutcome& outcome)
-      : front_(TsvField(outcome.entry) + "\t" + TsvField(outcome.chainId) + "\t") {}
-
-  void Add(int32_t resnum, char icode, const char* resname, int domain) {
-    text_ += front_ + TsvField(ResidueLabel(resnum, icode)) + "\t" + ResidueName(resname) + "\t" +
-             std::to_string(domain) + "\n";
-    ++count_;
-  }
-  void AddLeftOut(const ResidueMark& mark) { Add(mark.resnum, mark.icode, mark.resname, kNoDomain); }
-
-  const std::string& text() const { return text_; }
-  size_t count() const { return count_; }
-
- private:
-  std::string front_;  // chain_id and chain, the same on every row
-  std::string text_;
-  size_t count_ = 0;
-};
 
 std::string BlockLine(const ChainOutcome& outcome, size_t rows) {
   return kResidueBlockStart + TsvField(outcome.entry) + "\t" + kResidueBlockInput + TsvField(outcome.input) +
@@ -47,19 +26,33 @@ std::string BlockLine(const ChainOutcome& outcome, size_t rows) {
 
 }  // namespace
 
-std::string ResidueRows(const ChainOutcome& outcome) {
+std::vector<LabelledResidue> LabelledResidues(const ChainOutcome& outcome) {
   const std::vector<Residue>& residues = outcome.result.structure.residues;
   const std::vector<int> places = DomainPlaces(outcome.result);
   const std::vector<PlacedMark>& leftOut = outcome.leftOutResidues;
-  Rows rows(outcome);
-  size_t next = 0;  // the first residue left out not yet written
+  std::vector<LabelledResidue> labels;
+  labels.reserve(residues.size() + leftOut.size());
+  auto addLeftOut = [&](const ResidueMark& mark) {
+    labels.push_back(LabelledResidue{mark.resnum, mark.icode, ResidueName(mark.resname), kNoDomain});
+  };
+  size_t next = 0;  // the first residue left out not yet placed
   for (size_t i = 0; i < residues.size(); ++i) {
-    for (; next < leftOut.size() && leftOut[next].before <= i; ++next) rows.AddLeftOut(leftOut[next].mark);
+    for (; next < leftOut.size() && leftOut[next].before <= i; ++next) addLeftOut(leftOut[next].mark);
     const Residue& r = residues[i];
-    rows.Add(r.resnum, r.icode, r.resname, places[i] + 1);  // place -1, in no domain, is label 0
+    labels.push_back(LabelledResidue{r.resnum, r.icode, ResidueName(r.resname), places[i] + 1});  // -1: none, 0
   }
-  for (; next < leftOut.size(); ++next) rows.AddLeftOut(leftOut[next].mark);
-  return BlockLine(outcome, rows.count()) + rows.text();
+  for (; next < leftOut.size(); ++next) addLeftOut(leftOut[next].mark);
+  return labels;
+}
+
+std::string ResidueRows(const ChainOutcome& outcome) {
+  const std::string front = TsvField(outcome.entry) + "\t" + TsvField(outcome.chainId) + "\t";
+  const std::vector<LabelledResidue> labels = LabelledResidues(outcome);
+  std::string rows;
+  for (const LabelledResidue& label : labels)
+    rows += front + TsvField(ResidueLabel(label.resnum, label.icode)) + "\t" + TsvField(label.resname) + "\t" +
+            std::to_string(label.domain) + "\n";
+  return BlockLine(outcome, labels.size()) + rows;
 }
 
 }  // namespace quarnel

@@ -60,4 +60,15 @@ std::string JsonRow(const ChainOutcome& outcome);
 std::string JsonRecord(const std::string& options);
 std::string ResidueRows(const ChainOutcome& outcome);
 
+// Every residue of a judged chain in chain order with its domain's place (from 1), residues left
+// out below --min-plddt in their place with 0: what the residue rows write, and the library's
+// labels.
+struct LabelledResidue {
+  int32_t resnum;
+  char icode;
+  std::string resname;  // blanks trimmed: "DA" for " DA"
+  int domain;
+};
+std::vector<LabelledResidue> LabelledResidues(const ChainOutcome& outcome);
+
 }  // namespace quarnel

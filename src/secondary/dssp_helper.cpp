@@ -202,15 +202,7 @@ std::vector<DsspRow> DsspHelpers::Rows(const std::vector<AtomRecord>& atoms) {
 }
 
 SecondaryStructure HelperDssp::Read(const Structure& structure, std::vector<Message>& messages) {
-  std::vector<DsspRow> rows;
-  try {
-    rows = helpers_.Rows(DsspAtoms(structure));
-  } catch (const std::runtime_error& failure) {
-    messages.push_back(Message{Stream::kStderr,
-                               Format("quarnel: %s: %s; going on without secondary structure\n",
-                                      name_.c_str(), failure.what())});
-  }
-  return MatchDsspRows(rows, structure.residues);
+  return MatchedRowsOrNone(structure, name_, messages, [&] { return helpers_.Rows(DsspAtoms(structure)); });
 }
 
 }  // namespace quarnel

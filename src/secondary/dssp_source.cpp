@@ -42,16 +42,25 @@ std::vector<AtomRecord> DsspAtoms(const Structure& structure) {
   return atoms;
 }
 
-SecondaryStructure BuiltinDssp::Read(const Structure& structure, std::vector<Message>& messages) {
-  std::vector<DsspRow> rows;
+SecondaryStructure MatchedRowsOrNone(const Structure& structure, const std::string& name,
+                                     std::vector<Message>& messages,
+                                     const std::function<std::vector<DsspRow>()>& rows) {
+  std::vector<DsspRow> found;
   try {
-    for (const DsspResidue& residue : library_.Residues(DsspAtoms(structure))) rows.push_back(residue.row);
+    found = rows();
   } catch (const std::runtime_error& failure) {
-    messages.push_back(Message{Stream::kStderr,
-                               Format("quarnel: %s: %s; going on without secondary structure\n",
-                                      name_.c_str(), failure.what())});
+    messages.push_back(Message{Stream::kStderr, Format("quarnel: %s: %s; going on without secondary structure\n",
+                                                       name.c_str(), failure.what())});
   }
-  return MatchDsspRows(rows, structure.residues);
+  return MatchDsspRows(found, structure.residues);
+}
+
+SecondaryStructure BuiltinDssp::Read(const Structure& structure, std::vector<Message>& messages) {
+  return MatchedRowsOrNone(structure, name_, messages, [&] {
+    std::vector<DsspRow> rows;
+    for (const DsspResidue& residue : library_.Residues(DsspAtoms(structure))) rows.push_back(residue.row);
+    return rows;
+  });
 }
 
 }  // namespace quarnel

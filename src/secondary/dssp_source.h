@@ -1,6 +1,7 @@
 // Secondary structure from DSSP's library, run inside the process on the atoms the run read.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "secondary/dssp_library.h"
@@ -10,6 +11,12 @@ namespace quarnel {
 
 // The structure's atoms as DSSP's library takes them: the fields of their records it reads.
 std::vector<AtomRecord> DsspAtoms(const Structure& structure);
+
+// DSSP's rows matched to the residues. When DSSP fails (`rows` throws std::runtime_error), a note
+// naming the input (`name`) and a table without secondary structure: the run goes on.
+SecondaryStructure MatchedRowsOrNone(const Structure& structure, const std::string& name,
+                                     std::vector<Message>& messages,
+                                     const std::function<std::vector<DsspRow>()>& rows);
 
 class BuiltinDssp final : public SecondaryStructureSource {
  public:
