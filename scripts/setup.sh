@@ -48,6 +48,8 @@ missing_test_packages() {
   command -v snakemake >/dev/null || echo snakemake
   [[ -x /usr/bin/pymol ]] || echo pymol
   command -v rsvg-convert >/dev/null || echo librsvg2-bin
+  # The installed library is built against as other programs build: with pkg-config too.
+  command -v pkg-config >/dev/null || echo pkg-config
   # The accuracy benchmark reads mmCIF through gemmi's Python module; the cath model's training
   # script runs on scikit-learn and NumPy. Debian's, for the system python3.
   /usr/bin/python3 -c 'import gemmi' 2>/dev/null || echo python3-gemmi

@@ -144,8 +144,15 @@ bool ReadHelperMessage(int fd, std::string& text) {
   return ReadExactly(fd, &text[0], text.size());
 }
 
+DsspHelpers::DsspHelpers(std::string program) : program_(std::move(program)), owner_(::getpid()) {}
+
 DsspHelpers::~DsspHelpers() {
-  for (const Helper& helper : idle_) Stop(helper);
+  for (const Helper& helper : idle_) {
+    if (owner_ == ::getpid())
+      Stop(helper);
+    else
+      ::close(helper.socket);  // another process's helper: only our copy of its socket goes
+  }
 }
 
 DsspHelpers::Helper DsspHelpers::Start() const {
@@ -182,6 +189,11 @@ std::vector<DsspRow> DsspHelpers::Rows(const std::vector<AtomRecord>& atoms) {
     Helper helper;
     {
       std::lock_guard<std::mutex> lock(mutex_);
+      if (owner_ != ::getpid()) {
+        for (const Helper& inherited : idle_) ::close(inherited.socket);
+        idle_.clear();
+        owner_ = ::getpid();
+      }
       if (!idle_.empty()) {
         helper = idle_.back();
         idle_.pop_back();

@@ -35,7 +35,7 @@ std::vector<DsspRow> ReadHelperRows(const std::string& text);
 // helper ends when its socket is closed. Any number of threads may ask at once.
 class DsspHelpers {
  public:
-  explicit DsspHelpers(std::string program) : program_(std::move(program)) {}
+  explicit DsspHelpers(std::string program);
   ~DsspHelpers();
   DsspHelpers(const DsspHelpers&) = delete;
   DsspHelpers& operator=(const DsspHelpers&) = delete;
@@ -56,6 +56,10 @@ class DsspHelpers {
   std::string program_;
   std::mutex mutex_;
   std::vector<Helper> idle_;
+  // The process the idle helpers serve. A process forked from it (Python's multiprocessing)
+  // holds copies of their sockets; were it to use them, two processes would talk to one helper
+  // at once and could read each other's rows. It starts helpers of its own instead.
+  pid_t owner_;
 };
 
 // One framed message on a helper's socket (`fd`): false when it could not be written.

@@ -38,6 +38,10 @@ def tool(*args):
                           env={k: v for k, v in os.environ.items() if k != "DSSP_PATH"})
 
 
+def _chop_row(path):
+    return quarnel.chop(path).tsv_row
+
+
 # (command-line arguments, the same as keyword settings)
 SETTINGS = [
     ([], {}),
@@ -83,6 +87,15 @@ class SameAsCommandLine(unittest.TestCase):
         from_gemmi = quarnel.from_gemmi(gemmi.read_structure(data("2yex.pdb")), chain="A")
         self.assertEqual(from_gemmi.chopping, by_path.chopping)
         self.assertEqual(from_gemmi.sequence_md5, by_path.sequence_md5)
+
+    def test_forked_processes_give_the_same_results(self):
+        # The parent's chopper, with its DSSP helper running, is inherited by every child.
+        names = [data(name) for name in ["2yex.pdb", "1aki.pdb", "2efj.pdb", "1p3c.pdb", "1cuk.pdb", "1ubi.pdb"]]
+        alone = [quarnel.chop(name).tsv_row for name in names]
+        import multiprocessing
+        with multiprocessing.get_context("fork").Pool(3) as pool:
+            forked = pool.map(_chop_row, names * 2)
+        self.assertEqual(rows("".join(forked)), rows("".join(alone * 2)))
 
     def test_threads_give_the_same_results(self):
         names = [data(name) for name in INPUTS + ["1aki.pdb", "2efj.pdb", "1p3c.pdb"]]

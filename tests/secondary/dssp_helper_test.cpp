@@ -10,6 +10,9 @@
 #include <stdexcept>
 #include <thread>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include "formats/pdb_records.h"
 #include "support.h"
 
@@ -96,6 +99,38 @@ TEST(DsspHelper, RowsAreTheLibrarysOverThreads) {
   // DSSP's own failure comes back as its reason, and the helper serves the next chain.
   EXPECT_THROW(helpers.Rows({}), std::runtime_error);
   EXPECT_TRUE(SameRows(helpers.Rows(AtomsOf("1crn.pdb")), InProcess(AtomsOf("1crn.pdb"))));
+}
+
+TEST(DsspHelper, ForkedProcessesStartHelpersOfTheirOwn) {
+  DsspHelpers helpers(QUARNEL_SECONDARY_HELPER);
+  const std::vector<AtomRecord> first = AtomsOf("1crn.pdb");
+  ASSERT_TRUE(SameRows(helpers.Rows(first), InProcess(first)));  // a helper now waits, idle
+  const char* const files[] = {"2yex.pdb", "1cuk.pdb", "1ubi.pdb", "1rmd_icode.pdb"};
+  std::vector<pid_t> children;
+  for (const char* file : files) {
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      const std::vector<AtomRecord> atoms = AtomsOf(file);
+      const std::vector<DsspRow> expected = InProcess(atoms);
+      int wrong = 0;
+      for (int round = 0; round < 5; ++round) {
+        try {
+          wrong += !SameRows(helpers.Rows(atoms), expected);
+        } catch (const std::exception&) {
+          ++wrong;
+        }
+      }
+      std::_Exit(wrong);
+    }
+    children.push_back(child);
+  }
+  for (size_t k = 0; k < children.size(); ++k) {
+    int status = 0;
+    ASSERT_EQ(::waitpid(children[k], &status, 0), children[k]);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << files[k] << ": " << status;
+  }
+  EXPECT_TRUE(SameRows(helpers.Rows(first), InProcess(first)));  // the parent's helper still serves
 }
 
 TEST(DsspHelper, HelpersThatCannotServe) {
