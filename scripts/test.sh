@@ -50,7 +50,7 @@ fi
 # five minutes (QUARNEL_FUZZ_DEADLINE; at least 3 seconds a target).
 if [[ ${QUARNEL_FUZZ_SECONDS:-10} != 0 ]]; then
   install_fuzzing_dependencies
-  QUARNEL_FUZZ_DEADLINE=${QUARNEL_FUZZ_DEADLINE:-$(($(date +%s) - SECONDS + 285))} \
+  QUARNEL_FUZZ_DEADLINE=${QUARNEL_FUZZ_DEADLINE:-$(($(date +%s) - SECONDS + 275))} \
     bash "$QUARNEL_ROOT/scripts/fuzz.sh" "${QUARNEL_FUZZ_SECONDS:-10}"
 fi
 
