@@ -74,9 +74,29 @@ class HeldRecords final : public RecordSource {
   std::shared_ptr<const AtomRecords> records_;
 };
 
-// The residues quarnel's reader builds from the records: ATOM records up to the first END or
-// ENDMDL, hydrogens left out, a new residue wherever the residue number or the insertion code
-// changes.
+// The residues quarnel's reader builds from the records, one record at a time: ATOM records up
+// to the first END or ENDMDL, hydrogens left out, a new residue wherever the residue number or
+// the insertion code changes.
+class ReaderResidues {
+ public:
+  // Whether the reader takes the record into a residue (callers stop at the first end record).
+  static bool Read(const AtomRecord& record) { return record.kind == AtomRecord::kAtom && !record.IsHydrogen(); }
+  // Whether a record the reader takes begins a residue; counts it when it does.
+  bool Begins(const AtomRecord& record) {
+    if (count_ != 0 && record.resnum == resnum_ && record.icode == icode_) return false;
+    ++count_;
+    resnum_ = record.resnum;
+    icode_ = record.icode;
+    return true;
+  }
+  int count() const { return count_; }
+
+ private:
+  int count_ = 0;
+  int32_t resnum_ = 0;
+  char icode_ = ' ';
+};
+
 int CountReaderResidues(const std::vector<AtomRecord>& records);
 
 }  // namespace quarnel

@@ -132,19 +132,12 @@ std::shared_ptr<const AtomRecords> PdbLineRecords::Read() const {
 }
 
 int CountReaderResidues(const std::vector<AtomRecord>& records) {
-  int residues = 0;
-  int32_t resnum = 0;
-  char icode = ' ';
+  ReaderResidues residues;
   for (const AtomRecord& record : records) {
     if (record.IsEnd()) break;
-    if (record.kind != AtomRecord::kAtom || record.IsHydrogen()) continue;
-    if (residues == 0 || record.resnum != resnum || record.icode != icode) {
-      ++residues;
-      resnum = record.resnum;
-      icode = record.icode;
-    }
+    if (ReaderResidues::Read(record)) residues.Begins(record);
   }
-  return residues;
+  return residues.count();
 }
 
 }  // namespace quarnel

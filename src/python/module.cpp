@@ -178,14 +178,18 @@ void BindChopper(py::module_& m) {
 
 PYBIND11_MODULE(_quarnel, m) {
   m.doc() = "quarnel's chopper: protein chains split into structural domains";
-  static py::exception<Error> error(m, "Error", PyExc_RuntimeError);
+  // The exception type lives in the module, not in a static of ours: the translator finds it
+  // there when a call fails.
+  m.attr("Error") = py::reinterpret_steal<py::object>(
+      PyErr_NewException("quarnel._quarnel.Error", PyExc_RuntimeError, nullptr));
   py::register_exception_translator([](std::exception_ptr thrown) {
     try {
       if (thrown) std::rethrow_exception(thrown);
     } catch (const Error& failure) {
-      py::object instance = py::reinterpret_borrow<py::object>(error.ptr())(failure.what());
+      const py::object type = py::module_::import("quarnel._quarnel").attr("Error");
+      py::object instance = type(failure.what());
       instance.attr("status") = failure.status();
-      PyErr_SetObject(error.ptr(), instance.ptr());
+      PyErr_SetObject(type.ptr(), instance.ptr());
     }
   });
   BindValues(m);

@@ -63,23 +63,18 @@ int SuperposedResidues(const std::vector<Point>& cas) {
 
 std::string ImplausibleChain(const std::vector<AtomRecord>& records) {
   std::vector<Point> cas;
-  int residues = 0;
-  int32_t resnum = 0;
-  char icode = ' ';
+  ReaderResidues read;
   for (const AtomRecord& record : records) {
     if (record.IsEnd()) break;
-    if (record.kind != AtomRecord::kAtom || record.IsHydrogen()) continue;
-    if (residues == 0 || record.resnum != resnum || record.icode != icode) {
-      if (++residues > kMaxChainResidues)
-        return Format("more than %d residues read as one chain, more than any real chain has: "
-                      "superposed copies, or models without MODEL records? (name one chain or "
-                      "split the file)", kMaxChainResidues);
-      resnum = record.resnum;
-      icode = record.icode;
-    }
-    if (std::strcmp(record.name, " CA ") == 0 && static_cast<int>(cas.size()) < residues)
+    if (!ReaderResidues::Read(record)) continue;
+    if (read.Begins(record) && read.count() > kMaxChainResidues)
+      return Format("more than %d residues read as one chain, more than any real chain has: "
+                    "superposed copies, or models without MODEL records? (name one chain or "
+                    "split the file)", kMaxChainResidues);
+    if (std::strcmp(record.name, " CA ") == 0 && static_cast<int>(cas.size()) < read.count())
       cas.push_back(Point{record.x, record.y, record.z});
   }
+  const int residues = read.count();
   const int superposed = SuperposedResidues(cas);
   if (superposed >= kMinSuperposed && superposed * kSuperposedShareDivisor >= residues)
     return Format("%d of its %d residues lie on another residue (CA atoms within %.1f A): "
