@@ -22,9 +22,10 @@ Running it again on the same data with the same packages (Debian 12: python3-skl
 python3-numpy 1.24.2) writes the same file byte for byte.
 
 Usage: /usr/bin/python3 scripts/train_cath_model.py [--quarnel build/quarnel] [--data ../shared/data]
-           [--features FILE] [--out src/cath/model_tables.h] [--check]
+           [--features FILE] [--out src/cath/model_tables.h] [--check] [--noss-figures]
 --features reads candidate trees written earlier instead of running quarnel; --check writes
-nothing and fails when the tables on file differ from the ones trained.
+nothing and fails when the tables on file differ from the ones trained; --noss-figures also
+prints how the cross-validated models decide the chains when quarnel runs with -noss.
 """
 import argparse
 import collections
@@ -74,9 +75,9 @@ def truth_rows(data):
     return rows
 
 
-def write_candidates(tool, row):
+def write_candidates(tool, row, extra=()):
     with tempfile.NamedTemporaryFile("r", suffix=".jsonl") as out:
-        command = [tool, "--mode", "cath", "--features", out.name, "--format", "tsv",
+        command = [tool, "--mode", "cath", *extra, "--features", out.name, "--format", "tsv",
                    "--chain", row["chain"], row["path"]]
         done = subprocess.run(command, capture_output=True, text=True)
         if done.returncode != 0:
@@ -84,8 +85,8 @@ def write_candidates(tool, row):
         return json.loads(out.read())
 
 
-def candidate_trees(args, rows):
-    if args.features:
+def candidate_trees(args, rows, extra=()):
+    if args.features and not extra:
         trees = {}
         with open(args.features) as handle:
             for line in handle:
@@ -93,7 +94,7 @@ def candidate_trees(args, rows):
                 trees[(tree["file"], tree["chain"])] = tree
         return [trees[(row["path"], row["chain"])] for row in rows]
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count() or 2) as pool:
-        return list(pool.map(lambda row: write_candidates(args.quarnel, row), rows))
+        return list(pool.map(lambda row: write_candidates(args.quarnel, row, extra), rows))
 
 
 def members(node):
@@ -180,14 +181,17 @@ def fit(x, y, settings):
     return model
 
 
-def cross_validated_log_odds(chains):
+def cross_validated_log_odds(chains, decided=None):
+    """Each fold's chains decided by models trained on the others; `decided`, the same chains
+    as candidate trees of another run (-noss), is what those models then decide."""
+    decided = decided or chains
     groups = sorted(set(chain.row["entry"] for chain in chains))
     group_of = np.array([groups.index(chain.row["entry"]) for chain in chains])
     log_odds = [dict() for _ in chains]
     folds = GroupKFold(FOLDS).split(np.zeros(len(chains)), groups=group_of)
     for train, test in folds:
         train_chains = [chains[c] for c in train]
-        test_chains = [(c, chains[c]) for c in test]
+        test_chains = [(c, decided[c]) for c in test]
         for whole_chain, settings in ((True, WHOLE_CHAIN), (False, PART)):
             x, y, _ = samples(train_chains, whole_chain)
             model = fit(x, y, settings)
@@ -351,6 +355,8 @@ def main():
     parser.add_argument("--features", help="candidate trees written earlier (JSON Lines)")
     parser.add_argument("--out", default=os.path.join(ROOT, "src", "cath", "model_tables.h"))
     parser.add_argument("--check", action="store_true")
+    parser.add_argument("--noss-figures", action="store_true",
+                        help="also the cross-validated figures of runs with -noss")
     args = parser.parse_args()
 
     rows = truth_rows(args.data)
@@ -361,6 +367,10 @@ def main():
     log_odds = cross_validated_log_odds(chains)
     print("Cross-validated over %d chains (%d folds by PDB entry):" % (len(chains), FOLDS))
     print_figures(score_rows(chains, log_odds))
+    if args.noss_figures:
+        without = [Chain(row, tree) for row, tree in zip(rows, candidate_trees(args, rows, ["-noss"]))]
+        print("The same models deciding runs with -noss (no secondary structure):")
+        print_figures(score_rows(without, cross_validated_log_odds(chains, without)))
     domain_pairs, boundary_pairs = calibration_samples(chains, log_odds)
     domain_cal, dx, dy = fit_calibration(domain_pairs)
     boundary_cal, bx, by = fit_calibration(boundary_pairs)
