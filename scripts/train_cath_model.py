@@ -22,10 +22,12 @@ Running it again on the same data with the same packages (Debian 12: python3-skl
 python3-numpy 1.24.2) writes the same file byte for byte.
 
 Usage: /usr/bin/python3 scripts/train_cath_model.py [--quarnel build/quarnel] [--data ../shared/data]
-           [--features FILE] [--out src/cath/model_tables.h] [--check] [--noss-figures]
+           [--features FILE] [--out src/cath/model_tables.h] [--check] [--ceilings] [--noss-figures]
 --features reads candidate trees written earlier instead of running quarnel; --check writes
 nothing and fails when the tables on file differ from the ones trained; --noss-figures also
-prints how the cross-validated models decide the chains when quarnel runs with -noss.
+prints how the cross-validated models decide the chains when quarnel runs with -noss;
+--ceilings prints the accuracy of the candidate cuts chosen by the CATH labels, and how often
+the cross-validated whole-chain call alone is right.
 """
 import argparse
 import collections
@@ -230,6 +232,19 @@ def fit_calibration(pairs):
     return model, x, y
 
 
+def print_ceilings(chains, log_odds):
+    """Where the accuracy is lost. The candidate cuts chosen by the CATH labels themselves bound
+    what any model deciding them can reach; the whole chain's call alone (one per chain) bounds
+    the count accuracy from the other side."""
+    oracle = [{k: 1.0 if chain.should_cut(k) else -1.0 for k in chain.cut_nodes()} for chain in chains]
+    print("The candidate cuts kept or undone by the CATH labels (the best any model can do with them):")
+    print_figures(score_rows(chains, oracle))
+    right = sum(1 for chain, odds in zip(chains, log_odds)
+                if (chain.nodes[0]["cut"] and odds.get(0, -1.0) >= THRESHOLD) == (chain.row["ndom"] > 1))
+    print("The whole chain's call (one or more domains), cross-validated: %d of %d right (%.3f)" % (
+        right, len(chains), right / len(chains)))
+
+
 # ---- Reports -----------------------------------------------------------------------------
 
 def score_rows(chains, log_odds):
@@ -355,6 +370,8 @@ def main():
     parser.add_argument("--features", help="candidate trees written earlier (JSON Lines)")
     parser.add_argument("--out", default=os.path.join(ROOT, "src", "cath", "model_tables.h"))
     parser.add_argument("--check", action="store_true")
+    parser.add_argument("--ceilings", action="store_true",
+                        help="also what the candidates and the whole chain's call bound the accuracy to")
     parser.add_argument("--noss-figures", action="store_true",
                         help="also the cross-validated figures of runs with -noss")
     args = parser.parse_args()
@@ -367,6 +384,8 @@ def main():
     log_odds = cross_validated_log_odds(chains)
     print("Cross-validated over %d chains (%d folds by PDB entry):" % (len(chains), FOLDS))
     print_figures(score_rows(chains, log_odds))
+    if args.ceilings:
+        print_ceilings(chains, log_odds)
     if args.noss_figures:
         without = [Chain(row, tree) for row, tree in zip(rows, candidate_trees(args, rows, ["-noss"]))]
         print("The same models deciding runs with -noss (no secondary structure):")
