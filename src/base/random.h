@@ -12,7 +12,10 @@ namespace quarnel {
 class Rand48 {
  public:
   Rand48() = default;
-  // A stream of its own, as seed48 with these three words (low word first) would start it.
+  // A stream apart from the run's, as seed48 with these three words (low word first) would start
+  // it. Only the accuracy mode makes these, one per candidate part, so that a part's cut does not
+  // depend on the order or thread its part is searched in. They never draw from the run's own
+  // (default) stream.
   Rand48(unsigned short low, unsigned short middle, unsigned short high) : state_{low, middle, high} {}
 
   // A uniform value in [0, 1), equal draw for draw to drand48() in a fresh process.

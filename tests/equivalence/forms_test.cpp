@@ -9,6 +9,7 @@
 
 #include "base/text.h"
 #include "formats/structure_file.h"
+#include "gzip.h"
 #include "support.h"
 #include "to_mmcif.h"
 

@@ -10,7 +10,4 @@ namespace quarnel::test {
 // columns 73-80 gemmi cannot read are converted with their atom records cut to 72 columns.
 std::string ToMmcif(const std::string& pdbText, const std::string& name);
 
-// gzip-compressed bytes of the text.
-std::string Gzip(const std::string& text);
-
 }  // namespace quarnel::test

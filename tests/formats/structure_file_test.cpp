@@ -1,7 +1,6 @@
 // The structure-file front end: recognition by content, chain listing, and the PDB-format text
 // it hands to quarnel's readers, checked against real entries in both formats.
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <sstream>
 #include <stdexcept>
@@ -10,27 +9,11 @@
 
 #include "formats/pdb_writer.h"
 #include "formats/structure_file.h"
+#include "gzip.h"
 #include "support.h"
 
 namespace quarnel {
 namespace {
-
-constexpr int kGzipWindowBits = 15 + 16;
-
-std::string Gzip(const std::string& text) {
-  z_stream stream{};
-  if (deflateInit2(&stream, Z_BEST_SPEED, Z_DEFLATED, kGzipWindowBits, 8, Z_DEFAULT_STRATEGY) != Z_OK)
-    throw std::runtime_error("deflateInit2");
-  std::string out(deflateBound(&stream, text.size()), '\0');
-  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
-  stream.avail_in = static_cast<uInt>(text.size());
-  stream.next_out = reinterpret_cast<Bytef*>(&out[0]);
-  stream.avail_out = static_cast<uInt>(out.size());
-  deflate(&stream, Z_FINISH);
-  out.resize(stream.total_out);
-  deflateEnd(&stream);
-  return out;
-}
 
 // The columns quarnel reads and the B-factor, line by line: the serial number (which a trimmed
 // file cannot keep) blanked, trailing blanks dropped.
@@ -104,7 +87,7 @@ const char kPdbLine[] =
 TEST(StructureFile, RecognisesTheFormatByContentAndRefusesFilesWithoutAtoms) {
   const std::string pdb = test::ReadFile(test::DataFile("1crn.pdb"));
   const std::string cif = test::ReadFile(test::DataFile("formats/2w83_c.cif"));
-  const std::string gzipped = Gzip(pdb);
+  const std::string gzipped = test::Gzip(pdb);
   struct Case {
     const char* what;
     std::string bytes;
@@ -115,11 +98,11 @@ TEST(StructureFile, RecognisesTheFormatByContentAndRefusesFilesWithoutAtoms) {
       {"PDB", pdb, false, false, nullptr},
       {"mmCIF", cif, true, false, nullptr},
       {"gzip PDB", gzipped, false, true, nullptr},
-      {"gzip mmCIF", Gzip(cif), true, true, nullptr},
+      {"gzip mmCIF", test::Gzip(cif), true, true, nullptr},
       {"mmCIF after comments", "# made by hand\n\n" + cif, true, false, nullptr},
       {"PDB that mentions data_ later", std::string(kPdbLine) + "data_X\n", false, false, nullptr},
       {"empty", "", false, false, "holds no atoms (empty file)"},
-      {"empty gzip", Gzip(""), false, false, "holds no atoms (empty file)"},
+      {"empty gzip", test::Gzip(""), false, false, "holds no atoms (empty file)"},
       {"text", "HEADER    NOTHING HERE\nREMARK 1\n", false, false,
        "holds no atoms (no ATOM or HETATM records, no mmCIF data block)"},
       {"binary", std::string("\x7f" "ELF\x02\x01\x01\0\0\0\x03\0\x3e\0", 14), false, false,
@@ -201,7 +184,7 @@ TEST(StructureFile, ChainTextOfMmcifMatchesThePdbChainCopy) {
   // A gzip file of two members (concatenated archives) is read whole, byte for byte.
   std::string pdbText = test::ReadFile(test::DataFile("1crn.pdb"));
   size_t half = pdbText.size() / 2;
-  std::string twoMembers = Gzip(pdbText.substr(0, half)) + Gzip(pdbText.substr(half));
+  std::string twoMembers = test::Gzip(pdbText.substr(0, half)) + test::Gzip(pdbText.substr(half));
   EXPECT_EQ(StructureFile::FromBytes("1crn.pdb.gz", twoMembers).WholePdbText(), pdbText);
 }
 
